@@ -1,0 +1,555 @@
+#include "isam/Container.h"
+
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <cstring>
+
+#include "isam/Keys.h"
+#include "isam/Sql.h"
+#include "platform/LocaleCollation.h"
+
+namespace isam {
+
+namespace {
+
+// Marks a file as a container of this engine ("QVB1").
+constexpr int kApplicationId = 0x51564231;
+constexpr int kFormatVersion = 1;
+constexpr const char* kCatalogue = "qvb_files";
+constexpr int kRebuildBatch = 1000;
+
+bool fileExists(const std::string& path) {
+    struct stat st;
+    return ::stat(path.c_str(), &st) == 0;
+}
+
+int compareUnderLocale(void* context, int aLength, const void* a, int bLength, const void* b) {
+    const std::uint32_t lcid = static_cast<std::uint32_t>(reinterpret_cast<std::uintptr_t>(context));
+    return platform::compareText(lcid, platform::kIgnoreWidth, static_cast<const char*>(a),
+                                 static_cast<std::size_t>(aLength), static_cast<const char*>(b),
+                                 static_cast<std::size_t>(bLength));
+}
+
+// Registers a locale collation when a statement or the schema names one.
+void collationNeeded(void*, sqlite3* db, int, const char* name) {
+    const char* prefix = "qvb_lcid_";
+    if (std::strncmp(name, prefix, std::strlen(prefix)) != 0) return;
+    char* end = nullptr;
+    unsigned long lcid = std::strtoul(name + std::strlen(prefix), &end, 10);
+    if (!end || *end || lcid == 0 || lcid > 0xFFFFFFFFul) return;
+    sqlite3_create_collation_v2(db, name, SQLITE_UTF8, reinterpret_cast<void*>(std::uintptr_t(lcid)),
+                                compareUnderLocale, nullptr);
+}
+
+int queryInt(sqlite3* db, const std::string& sql, std::int64_t* value) {
+    Statement st;
+    int rc = st.prepare(db, sql);
+    if (rc) return rc;
+    int step = st.step();
+    if (step != SQLITE_ROW) return step == SQLITE_DONE ? ISAM_DAMAGED : fromSqlite(step);
+    *value = st.columnInt(0);
+    return ISAM_OK;
+}
+
+int checkIdentity(sqlite3* db) {
+    std::int64_t id = 0;
+    int rc = queryInt(db, "PRAGMA application_id", &id);
+    if (rc) return rc;
+    return id == kApplicationId ? ISAM_OK : ISAM_DAMAGED;
+}
+
+// "ok", or the first problem an integrity check reports.
+int integrity(sqlite3* db, const char* pragma) {
+    Statement st;
+    int rc = st.prepare(db, pragma);
+    if (rc) return rc;
+    int step = st.step();
+    if (step != SQLITE_ROW) return fromSqlite(step);
+    const unsigned char* text = st.columnBytes(0);
+    return text && std::strcmp(reinterpret_cast<const char*>(text), "ok") == 0 ? ISAM_OK : ISAM_DAMAGED;
+}
+
+}  // namespace
+
+StorageTuning& storageTuning() {
+    static StorageTuning tuning;
+    return tuning;
+}
+
+Container::~Container() {
+    if (db_) close();
+}
+
+int Container::connect(const std::string& path, bool create, sqlite3** db) {
+    *db = nullptr;
+    const int flags = SQLITE_OPEN_READWRITE | (create ? SQLITE_OPEN_CREATE : 0) |
+                      SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
+    int rc = sqlite3_open_v2(path.c_str(), db, flags, nullptr);
+    if (rc != SQLITE_OK) {
+        sqlite3_close_v2(*db);
+        *db = nullptr;
+        return fromSqlite(rc);
+    }
+    sqlite3_collation_needed(*db, nullptr, collationNeeded);
+    sqlite3_db_config(*db, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+    sqlite3_busy_timeout(*db, 0);
+    const StorageTuning& tuning = storageTuning();
+    // The exclusive locking mode comes first so that the log needs no shared-memory
+    // index and a second process is refused instead of waiting.
+    std::string setup = "PRAGMA locking_mode=EXCLUSIVE;";
+    if (create) setup += "PRAGMA page_size=" + std::to_string(tuning.pageSize) + ";";
+    setup += "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL; PRAGMA cell_size_check=ON;"
+             "PRAGMA trusted_schema=OFF; PRAGMA cache_size=-" +
+             std::to_string(tuning.cacheKiB) + "; PRAGMA wal_autocheckpoint=" +
+             std::to_string(tuning.checkpointPages) + ";";
+    rc = execute(*db, setup);
+    if (rc) {
+        sqlite3_close_v2(*db);
+        *db = nullptr;
+    }
+    return rc;
+}
+
+int Container::create(const std::string& path, std::unique_ptr<Container>* out) {
+    if (path.empty()) return ISAM_BAD_PARAMETER;
+    if (fileExists(path)) return ISAM_FILE_EXISTS;
+    sqlite3* db = nullptr;
+    int rc = connect(path, true, &db);
+    if (rc) {
+        std::remove(path.c_str());
+        return rc;
+    }
+    rc = execute(db, "BEGIN; PRAGMA application_id=" + std::to_string(kApplicationId) +
+                         "; PRAGMA user_version=" + std::to_string(kFormatVersion) +
+                         "; CREATE TABLE " + std::string(kCatalogue) +
+                         "(name TEXT PRIMARY KEY, member TEXT NOT NULL, ordinal INTEGER NOT NULL,"
+                         " locale INTEGER NOT NULL DEFAULT 0, signature TEXT); COMMIT;");
+    if (rc) {
+        sqlite3_close_v2(db);
+        std::remove(path.c_str());
+        return rc;
+    }
+    out->reset(new Container(db));
+    return ISAM_OK;
+}
+
+int Container::open(const std::string& path, std::unique_ptr<Container>* out) {
+    if (path.empty()) return ISAM_BAD_PARAMETER;
+    if (!fileExists(path)) return ISAM_FILE_NOT_FOUND;
+    sqlite3* db = nullptr;
+    int rc = connect(path, false, &db);
+    // A damaged file is refused here, before any member is touched.
+    if (!rc) rc = checkIdentity(db);
+    if (!rc) rc = integrity(db, "PRAGMA quick_check(1)");
+    if (rc) {
+        sqlite3_close_v2(db);
+        return rc;
+    }
+    out->reset(new Container(db));
+    return ISAM_OK;
+}
+
+int Container::rebuild(const std::string& path) {
+    if (path.empty()) return ISAM_BAD_PARAMETER;
+    if (!fileExists(path)) return ISAM_FILE_NOT_FOUND;
+    sqlite3* db = nullptr;
+    int rc = connect(path, false, &db);
+    if (!rc) rc = checkIdentity(db);
+    if (!rc && integrity(db, "PRAGMA integrity_check(1)") != ISAM_OK) {
+        // Damaged indexes are rebuilt from the table data; damaged data stays damaged.
+        rc = execute(db, "REINDEX");
+        if (!rc) rc = integrity(db, "PRAGMA integrity_check(1)");
+    }
+    if (!rc) rc = execute(db, "VACUUM");
+    const int closed = fromSqlite(sqlite3_close_v2(db));
+    return rc ? rc : closed;
+}
+
+int Container::close() {
+    if (!db_) return ISAM_OK;
+    int rc = commit();
+    members_.clear();
+    const int closed = fromSqlite(sqlite3_close_v2(db_));
+    db_ = nullptr;
+    return rc ? rc : closed;
+}
+
+// ---- Transactions --------------------------------------------------------------------
+
+int Container::ensureTransaction() {
+    if (!sqlite3_get_autocommit(db_)) return ISAM_OK;
+    return execute(db_, "BEGIN");
+}
+
+void Container::resetAllCursors() {
+    for (auto& entry : members_) entry.second->resetCursors();
+}
+
+int Container::commit() {
+    if (sqlite3_get_autocommit(db_)) return ISAM_OK;
+    resetAllCursors();
+    return execute(db_, "COMMIT");
+}
+
+int Container::rollback() {
+    if (sqlite3_get_autocommit(db_)) return ISAM_OK;
+    resetAllCursors();
+    int rc = execute(db_, "ROLLBACK");
+    if (rc) return rc;
+    // Schema changes were undone too: a member created inside the rolled-back work
+    // is gone, and locales set inside it are back at their earlier values.
+    for (auto& entry : members_) {
+        Member& member = *entry.second;
+        std::string signature;
+        bool exists = false;
+        if ((rc = catalogue(member.table(), &signature, &exists))) return rc;
+        if (!exists || signature != definitionSignature(member.definition())) {
+            member.markStale();
+            continue;
+        }
+        std::vector<std::uint32_t> locales;
+        std::uint32_t dataLocale = 0;
+        if ((rc = storedLocales(member.table(), member.indexCount(), &locales, &dataLocale))) return rc;
+        member.restoreLocales(locales, dataLocale);
+    }
+    return ISAM_OK;
+}
+
+Savepoint::Savepoint(sqlite3* db) : db_(db) {}
+
+Savepoint::~Savepoint() {
+    if (open_) {
+        execute(db_, "ROLLBACK TO qvb_unit");
+        execute(db_, "RELEASE qvb_unit");
+    }
+}
+
+int Savepoint::begin() {
+    int rc = execute(db_, "SAVEPOINT qvb_unit");
+    open_ = rc == ISAM_OK;
+    return rc;
+}
+
+int Savepoint::release() {
+    int rc = execute(db_, "RELEASE qvb_unit");
+    if (!rc) open_ = false;
+    return rc;
+}
+
+// ---- Members -----------------------------------------------------------------------------
+
+int Container::catalogue(const std::string& table, std::string* signature, bool* exists) {
+    Statement st;
+    int rc = st.prepare(db_, "SELECT signature FROM " + std::string(kCatalogue) +
+                                 " WHERE name = ?1 AND ordinal = 0");
+    if (rc) return rc;
+    st.bindText(1, table.data(), table.size());
+    int step = st.step();
+    *exists = step == SQLITE_ROW;
+    if (step == SQLITE_ROW) {
+        const unsigned char* text = st.columnBytes(0);
+        signature->assign(text ? reinterpret_cast<const char*>(text) : "", st.columnSize(0));
+        return ISAM_OK;
+    }
+    return step == SQLITE_DONE ? ISAM_OK : fromSqlite(step);
+}
+
+int Container::storedLocales(const std::string& table, std::size_t indexes,
+                             std::vector<std::uint32_t>* locales, std::uint32_t* dataLocale) {
+    locales->assign(indexes, 0);
+    *dataLocale = 0;
+    Statement st;
+    int rc = st.prepare(db_, "SELECT ordinal, locale FROM " + std::string(kCatalogue) +
+                                 " WHERE member = ?1");
+    if (rc) return rc;
+    st.bindText(1, table.data(), table.size());
+    int step;
+    while ((step = st.step()) == SQLITE_ROW) {
+        const std::int64_t ordinal = st.columnInt(0);
+        const auto lcid = static_cast<std::uint32_t>(st.columnInt(1));
+        if (ordinal == 0) {
+            *dataLocale = lcid;
+        } else if (ordinal > 0 && std::size_t(ordinal) <= indexes) {
+            (*locales)[ordinal - 1] = lcid;
+        }
+    }
+    return step == SQLITE_DONE ? ISAM_OK : fromSqlite(step);
+}
+
+namespace {
+
+bool isValidDefinition(const FileDefinition& definition) {
+    const std::string table = localName(definition.name);
+    if (table.empty() || table.rfind("sqlite_", 0) == 0 || table.rfind("qvb_", 0) == 0) return false;
+    for (const IndexDefinition& index : definition.indexes) {
+        if (!isValidIndex(definition, index) || localName(index.name).empty()) return false;
+    }
+    return true;
+}
+
+std::string indexSql(const std::string& table, const IndexDefinition& index, std::size_t i,
+                     std::uint32_t lcid) {
+    std::string sql = index.duplicates ? "CREATE INDEX " : "CREATE UNIQUE INDEX ";
+    sql += quoted(localName(index.name)) + " ON " + quoted(table) + "(k" + std::to_string(i + 1);
+    if (lcid && isLocaleOrdered(index)) sql += " COLLATE " + collationFor(lcid);
+    return sql + ")";
+}
+
+int insertCatalogue(sqlite3* db, const std::string& name, const std::string& member, int ordinal,
+                    std::uint32_t locale, const std::string* signature) {
+    Statement st;
+    int rc = st.prepare(db, "INSERT OR REPLACE INTO " + std::string(kCatalogue) +
+                                "(name, member, ordinal, locale, signature) VALUES(?1, ?2, ?3, ?4, ?5)");
+    if (rc) return rc;
+    st.bindText(1, name.data(), name.size());
+    st.bindText(2, member.data(), member.size());
+    st.bindInt(3, ordinal);
+    st.bindInt(4, locale);
+    if (signature) st.bindText(5, signature->data(), signature->size());
+    int step = st.step();
+    return step == SQLITE_DONE ? ISAM_OK : fromSqlite(step);
+}
+
+}  // namespace
+
+int Container::createIndexes(const FileDefinition& definition,
+                             const std::vector<std::uint32_t>& locales) {
+    const std::string table = localName(definition.name);
+    for (std::size_t i = 0; i < definition.indexes.size(); ++i) {
+        int rc = execute(db_, indexSql(table, definition.indexes[i], i, locales[i]));
+        if (rc) return rc;
+        rc = insertCatalogue(db_, localName(definition.indexes[i].name), table, int(i) + 1,
+                             locales[i], nullptr);
+        if (rc) return rc;
+    }
+    return ISAM_OK;
+}
+
+int Container::createMember(const FileDefinition& definition, Member** out) {
+    if (!isValidDefinition(definition)) return ISAM_BAD_PARAMETER;
+    const std::string table = localName(definition.name);
+    std::string signature;
+    bool exists = false;
+    int rc = catalogue(table, &signature, &exists);
+    if (rc) return rc;
+    if (exists) return ISAM_FILE_EXISTS;
+
+    std::string sql = "CREATE TABLE " + quoted(table) + "(pos INTEGER PRIMARY KEY, rec BLOB NOT NULL";
+    for (std::size_t i = 0; i < definition.indexes.size(); ++i) sql += ", k" + std::to_string(i + 1);
+    sql += ")";
+    resetAllCursors();
+    Savepoint unit(db_);
+    signature = definitionSignature(definition);
+    const std::vector<std::uint32_t> locales(definition.indexes.size(), 0);
+    if ((rc = unit.begin()) || (rc = execute(db_, sql)) ||
+        (rc = insertCatalogue(db_, table, table, 0, 0, &signature)) ||
+        (rc = createIndexes(definition, locales)) || (rc = unit.release())) {
+        // A name SQLite already knows (an index of another member, say) is a clash.
+        return rc == ISAM_INTERNAL ? ISAM_FILE_EXISTS : rc;
+    }
+    return openMember(definition, out);
+}
+
+int Container::openMember(const FileDefinition& definition, Member** out) {
+    if (!isValidDefinition(definition)) return ISAM_BAD_PARAMETER;
+    const std::string table = localName(definition.name);
+    if (members_.count(table)) return ISAM_ALREADY_OPEN;
+    std::string signature;
+    bool exists = false;
+    int rc = catalogue(table, &signature, &exists);
+    if (rc) return rc;
+    if (!exists) return ISAM_FILE_NOT_FOUND;
+    if (signature != definitionSignature(definition)) return ISAM_DEFINITION_MISMATCH;
+    std::vector<std::uint32_t> locales;
+    std::uint32_t dataLocale = 0;
+    rc = storedLocales(table, definition.indexes.size(), &locales, &dataLocale);
+    if (rc) return rc;
+    auto member = std::make_unique<Member>(db_, definition, locales, dataLocale);
+    *out = member.get();
+    members_[table] = std::move(member);
+    return ISAM_OK;
+}
+
+int Container::closeMember(Member* member) {
+    member->resetCursors();
+    members_.erase(member->table());
+    return ISAM_OK;
+}
+
+int Container::deleteMember(const FileDefinition& definition) {
+    const std::string table = localName(definition.name);
+    if (table.empty()) return ISAM_BAD_PARAMETER;
+    if (members_.count(table)) return ISAM_ALREADY_OPEN;
+    std::string signature;
+    bool exists = false;
+    int rc = catalogue(table, &signature, &exists);
+    if (rc) return rc;
+    if (!exists) return ISAM_FILE_NOT_FOUND;
+    resetAllCursors();
+    Savepoint unit(db_);
+    Statement forget;
+    if ((rc = unit.begin()) || (rc = execute(db_, "DROP TABLE " + quoted(table))) ||
+        (rc = execute(db_, "DROP TABLE IF EXISTS " + quoted(table + "$res"))) ||
+        (rc = forget.prepare(db_, "DELETE FROM " + std::string(kCatalogue) + " WHERE member = ?1"))) {
+        return rc;
+    }
+    forget.bindText(1, table.data(), table.size());
+    const int step = forget.step();
+    if (step != SQLITE_DONE) return fromSqlite(step);
+    return unit.release();
+}
+
+int Container::recomputeKeys(const FileDefinition& definition,
+                             const std::vector<std::uint32_t>& locales) {
+    const std::string table = localName(definition.name);
+    Statement select, update;
+    int rc = select.prepare(db_, "SELECT rowid, rec FROM " + quoted(table) +
+                                     " WHERE rowid > ?1 ORDER BY rowid LIMIT " +
+                                     std::to_string(kRebuildBatch));
+    if (rc || definition.indexes.empty()) return rc;
+    std::string sql = "UPDATE " + quoted(table) + " SET ";
+    for (std::size_t i = 0; i < definition.indexes.size(); ++i) {
+        sql += (i ? ", k" : "k") + std::to_string(i + 1) + " = ?" + std::to_string(i + 1);
+    }
+    rc = update.prepare(db_, sql + " WHERE rowid = ?" + std::to_string(definition.indexes.size() + 1));
+    if (rc) return rc;
+
+    std::int64_t after = 0;
+    std::vector<FieldSpan> fields;
+    for (;;) {
+        // Read a batch, then write it: the scan never runs across its own updates.
+        std::vector<std::pair<std::int64_t, std::vector<std::string>>> batch;
+        select.reset();
+        select.bindInt(1, after);
+        int step;
+        while ((step = select.step()) == SQLITE_ROW) {
+            const std::int64_t row = select.columnInt(0);
+            const unsigned char* record = select.columnBytes(1);
+            const std::size_t length = select.columnSize(1);
+            if (parseRecord(definition, record, length, &fields) != ISAM_OK) return ISAM_DAMAGED;
+            std::vector<std::string> keys;
+            for (const IndexDefinition& index : definition.indexes) {
+                keys.push_back(buildKey(index, record, fields));
+            }
+            batch.emplace_back(row, std::move(keys));
+        }
+        select.reset();
+        if (step != SQLITE_DONE) return fromSqlite(step);
+        if (batch.empty()) return ISAM_OK;
+        for (const auto& [row, keys] : batch) {
+            update.reset();
+            for (std::size_t i = 0; i < keys.size(); ++i) {
+                const bool text = locales[i] && isLocaleOrdered(definition.indexes[i]);
+                if (text) {
+                    update.bindText(int(i) + 1, keys[i].data(), keys[i].size());
+                } else {
+                    update.bindBlob(int(i) + 1, keys[i].data(), keys[i].size());
+                }
+            }
+            update.bindInt(int(keys.size()) + 1, row);
+            step = update.step();
+            if (step != SQLITE_DONE) return fromSqlite(step);
+        }
+        after = batch.back().first;
+    }
+}
+
+int Container::rebuildMember(const FileDefinition& definition) {
+    if (!isValidDefinition(definition)) return ISAM_BAD_PARAMETER;
+    const std::string table = localName(definition.name);
+    if (members_.count(table)) return ISAM_ALREADY_OPEN;
+    std::string signature;
+    bool exists = false;
+    int rc = catalogue(table, &signature, &exists);
+    if (rc) return rc;
+    if (!exists) return ISAM_FILE_NOT_FOUND;
+
+    // The locales set on the indexes survive the rebuild; a new index starts at 0.
+    std::vector<std::uint32_t> locales(definition.indexes.size(), 0);
+    {
+        Statement st;
+        if ((rc = st.prepare(db_, "SELECT locale FROM " + std::string(kCatalogue) + " WHERE name = ?1"))) {
+            return rc;
+        }
+        for (std::size_t i = 0; i < definition.indexes.size(); ++i) {
+            const std::string name = localName(definition.indexes[i].name);
+            st.reset();
+            st.bindText(1, name.data(), name.size());
+            if (st.step() == SQLITE_ROW) locales[i] = static_cast<std::uint32_t>(st.columnInt(0));
+        }
+    }
+
+    resetAllCursors();
+    Savepoint unit(db_);
+    if ((rc = unit.begin())) return rc;
+    // Drop the old indexes, make room for as many key columns as the definition
+    // needs, recompute every key from the records, and index them again.
+    Statement oldIndexes;
+    if ((rc = oldIndexes.prepare(db_, "SELECT name FROM sqlite_schema WHERE type = 'index' AND"
+                                      " tbl_name = ?1 AND sql IS NOT NULL"))) {
+        return rc;
+    }
+    oldIndexes.bindText(1, table.data(), table.size());
+    std::vector<std::string> drops;
+    while (oldIndexes.step() == SQLITE_ROW) {
+        drops.emplace_back(reinterpret_cast<const char*>(oldIndexes.columnBytes(0)), oldIndexes.columnSize(0));
+    }
+    oldIndexes.reset();
+    for (const std::string& name : drops) {
+        if ((rc = execute(db_, "DROP INDEX " + quoted(name)))) return rc;
+    }
+    std::int64_t columns = 0;
+    if ((rc = queryInt(db_, "SELECT count(*) FROM pragma_table_info(" + quoted(table) + ")", &columns))) {
+        return rc;
+    }
+    // The table holds the position, the record and one key column per index.
+    for (std::int64_t k = columns - 1; k <= std::int64_t(definition.indexes.size()); ++k) {
+        if ((rc = execute(db_, "ALTER TABLE " + quoted(table) + " ADD COLUMN k" + std::to_string(k)))) {
+            return rc;
+        }
+    }
+    Statement forget;
+    if ((rc = forget.prepare(db_, "DELETE FROM " + std::string(kCatalogue) +
+                                      " WHERE member = ?1 AND ordinal > 0"))) {
+        return rc;
+    }
+    forget.bindText(1, table.data(), table.size());
+    if (forget.step() != SQLITE_DONE) return ISAM_INTERNAL;
+    signature = definitionSignature(definition);
+    std::uint32_t dataLocale = 0;
+    std::vector<std::uint32_t> unused;
+    if ((rc = storedLocales(table, 0, &unused, &dataLocale)) ||
+        (rc = insertCatalogue(db_, table, table, 0, dataLocale, &signature)) ||
+        (rc = recomputeKeys(definition, locales)) || (rc = createIndexes(definition, locales))) {
+        return rc;
+    }
+    return unit.release();
+}
+
+int Container::setLocale(Member* member, std::size_t ordinal, std::uint32_t lcid) {
+    resetAllCursors();
+    Savepoint unit(db_);
+    int rc = unit.begin();
+    if (rc) return rc;
+    const FileDefinition& definition = member->definition();
+    std::string name;
+    if (ordinal == 0) {
+        member->setDataLocale(lcid);
+        name = member->table();
+    } else {
+        if ((rc = member->setIndexLocale(ordinal - 1, lcid))) return rc;
+        name = localName(definition.indexes[ordinal - 1].name);
+    }
+    Statement st;
+    if ((rc = st.prepare(db_, "UPDATE " + std::string(kCatalogue) + " SET locale = ?1 WHERE name = ?2"))) {
+        return rc;
+    }
+    st.bindInt(1, lcid);
+    st.bindText(2, name.data(), name.size());
+    const int step = st.step();
+    if (step != SQLITE_DONE) return fromSqlite(step);
+    return unit.release();
+}
+
+}  // namespace isam

@@ -1,0 +1,79 @@
+// A container file: one SQLite database holding every member of one database,
+// with the engine's catalogue of members (definition signature and locales).
+#pragma once
+
+#include <sqlite3.h>
+
+#include <map>
+#include <memory>
+#include <string>
+
+#include "isam/Isam.h"
+#include "isam/Member.h"
+
+namespace isam {
+
+// Storage settings, chosen by measurement (bench/).
+struct StorageTuning {
+    int pageSize = 4096;
+    int cacheKiB = 16384;
+    int checkpointPages = 4000;
+};
+StorageTuning& storageTuning();
+
+class Container {
+public:
+    ~Container();
+
+    static int create(const std::string& path, std::unique_ptr<Container>* out);
+    static int open(const std::string& path, std::unique_ptr<Container>* out);
+    // Integrity check, index repair and compaction of a closed container file.
+    static int rebuild(const std::string& path);
+
+    // Commits and closes every member and the file.
+    int close();
+
+    // The connection always works inside a transaction: reads then need no
+    // transaction of their own, and writes are committed by commit().
+    int ensureTransaction();
+    int commit();
+    int rollback();
+
+    int createMember(const FileDefinition& definition, Member** out);
+    int openMember(const FileDefinition& definition, Member** out);
+    int closeMember(Member* member);
+    int deleteMember(const FileDefinition& definition);
+    int rebuildMember(const FileDefinition& definition);
+    // Stores a locale on the data file (ordinal 0) or an index (1..n) of a member.
+    int setLocale(Member* member, std::size_t ordinal, std::uint32_t lcid);
+
+private:
+    explicit Container(sqlite3* db) : db_(db) {}
+
+    static int connect(const std::string& path, bool create, sqlite3** db);
+    int catalogue(const std::string& table, std::string* signature, bool* exists);
+    int storedLocales(const std::string& table, std::size_t indexes, std::vector<std::uint32_t>* locales,
+                      std::uint32_t* dataLocale);
+    int createIndexes(const FileDefinition& definition, const std::vector<std::uint32_t>& locales);
+    int recomputeKeys(const FileDefinition& definition, const std::vector<std::uint32_t>& locales);
+    void resetAllCursors();
+
+    sqlite3* db_;
+    std::map<std::string, std::unique_ptr<Member>> members_;
+};
+
+// Runs a group of statements as one unit inside the open transaction: what it
+// wrote is undone unless release() is reached.
+class Savepoint {
+public:
+    explicit Savepoint(sqlite3* db);
+    ~Savepoint();
+    int begin();
+    int release();
+
+private:
+    sqlite3* db_;
+    bool open_ = false;
+};
+
+}  // namespace isam

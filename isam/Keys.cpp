@@ -1,0 +1,152 @@
+#include "isam/Keys.h"
+
+#include <cstring>
+
+namespace isam {
+
+namespace {
+
+constexpr std::size_t kSuffixBytes = 4;
+constexpr std::uint16_t kLocaleTextLength = 250;
+constexpr std::uint16_t kLocaleKeyLength = 254;
+
+std::uint32_t readLittleEndian32(const unsigned char* p) {
+    return static_cast<std::uint32_t>(p[0]) | static_cast<std::uint32_t>(p[1]) << 8 |
+           static_cast<std::uint32_t>(p[2]) << 16 | static_cast<std::uint32_t>(p[3]) << 24;
+}
+
+void appendReversed(std::string* out, const unsigned char* p, std::size_t n) {
+    for (std::size_t i = n; i > 0; --i) out->push_back(static_cast<char>(p[i - 1]));
+}
+
+}  // namespace
+
+int parseRecord(const FileDefinition& definition, const unsigned char* record, std::size_t length,
+                std::vector<FieldSpan>* fields) {
+    if (length < definition.recordLength) return ISAM_RECORD_TOO_SHORT;
+    fields->assign(definition.variableFields.size(), FieldSpan{length, 0});
+    std::size_t at = definition.recordLength;
+    for (std::size_t i = 0; i < definition.variableFields.size() && at < length; ++i) {
+        const VariableField& field = definition.variableFields[i];
+        const std::size_t rest = length - at;
+        if (field.binary) {
+            if (rest < kSuffixBytes) return ISAM_RECORD_TOO_SHORT;
+            const std::size_t n = readLittleEndian32(record + at);
+            if (n > rest - kSuffixBytes) return ISAM_RECORD_TOO_SHORT;
+            (*fields)[i] = FieldSpan{at + kSuffixBytes, n};
+            at += kSuffixBytes + n;
+            continue;
+        }
+        const void* end = std::memchr(record + at, 0, rest);
+        const std::size_t n = end ? static_cast<const unsigned char*>(end) - (record + at) : rest;
+        if (n > field.limit) return ISAM_RECORD_TOO_LONG;
+        (*fields)[i] = FieldSpan{at, n};
+        at += end ? n + 1 : n;
+    }
+    return at < length ? ISAM_RECORD_TOO_LONG : ISAM_OK;
+}
+
+bool isLocaleOrdered(const IndexDefinition& index) {
+    return index.keyLength == kLocaleKeyLength && index.duplicates && index.segments.size() == 1 &&
+           index.segments[0].mode == kSegmentVariableText &&
+           index.segments[0].length == kLocaleTextLength;
+}
+
+std::size_t segmentBytes(const IndexDefinition& index) {
+    std::size_t n = 0;
+    for (const Segment& s : index.segments) n += s.length;
+    return n;
+}
+
+bool isValidIndex(const FileDefinition& file, const IndexDefinition& index) {
+    if (index.segments.empty() || index.name.empty()) return false;
+    for (const Segment& s : index.segments) {
+        if (s.length == 0) return false;
+        if (s.mode == kSegmentFixed) {
+            if (std::size_t(s.position) + s.length > file.recordLength) return false;
+        } else if (s.mode == kSegmentVariableText) {
+            if (s.position >= file.variableFields.size()) return false;
+        } else {
+            return false;
+        }
+    }
+    return segmentBytes(index) + (index.duplicates ? kSuffixBytes : 0) == index.keyLength;
+}
+
+std::string buildKey(const IndexDefinition& index, const unsigned char* record,
+                     const std::vector<FieldSpan>& fields) {
+    std::string key;
+    key.reserve(segmentBytes(index));
+    for (const Segment& s : index.segments) {
+        if (s.mode == kSegmentFixed) {
+            appendReversed(&key, record + s.position, s.length);
+            continue;
+        }
+        const FieldSpan& f = fields[s.position];
+        const std::size_t n = f.length < s.length ? f.length : s.length;
+        key.append(reinterpret_cast<const char*>(record + f.offset), n);
+        key.append(s.length - n, ' ');
+    }
+    return key;
+}
+
+int parseSearchKey(const IndexDefinition& index, const void* value, std::size_t length,
+                   bool wholeWhenZero, SearchKey* out) {
+    const std::size_t segmentLength = segmentBytes(index);
+    if (length == 0 && wholeWhenZero) length = index.keyLength;
+    if (length > index.keyLength) return ISAM_KEY_TOO_LONG;
+    const unsigned char* p = static_cast<const unsigned char*>(value);
+    out->bytes.clear();
+    out->hasPosition = false;
+    std::size_t at = 0;
+    for (const Segment& s : index.segments) {
+        if (at >= length) break;
+        const std::size_t n = length - at < s.length ? length - at : s.length;
+        if (s.mode == kSegmentFixed) {
+            if (n != s.length) return ISAM_BAD_KEY;
+            appendReversed(&out->bytes, p + at, n);
+        } else {
+            out->bytes.append(reinterpret_cast<const char*>(p + at), n);
+            // A locale-ordered text has no byte prefixes: it is always compared whole.
+            if (isLocaleOrdered(index)) out->bytes.append(s.length - n, ' ');
+        }
+        at += n;
+    }
+    out->complete = out->bytes.size() == segmentLength;
+    if (length > segmentLength) {
+        if (length - segmentLength != kSuffixBytes) return ISAM_BAD_KEY;
+        out->hasPosition = true;
+        out->position = readLittleEndian32(p + segmentLength);
+    }
+    return ISAM_OK;
+}
+
+bool prefixSuccessor(const std::string& prefix, std::string* successor) {
+    *successor = prefix;
+    while (!successor->empty()) {
+        unsigned char last = static_cast<unsigned char>(successor->back());
+        if (last != 0xFF) {
+            successor->back() = static_cast<char>(last + 1);
+            return true;
+        }
+        successor->pop_back();
+    }
+    return false;
+}
+
+std::string definitionSignature(const FileDefinition& definition) {
+    std::string s = "R" + std::to_string(definition.recordLength);
+    for (const VariableField& f : definition.variableFields) {
+        s += f.binary ? " B" : " T" + std::to_string(f.limit);
+    }
+    for (const IndexDefinition& index : definition.indexes) {
+        s += " I" + std::to_string(index.keyLength) + (index.duplicates ? "d" : "u");
+        for (const Segment& seg : index.segments) {
+            s += "(" + std::to_string(seg.mode) + ":" + std::to_string(seg.position) + ":" +
+                 std::to_string(seg.length) + ")";
+        }
+    }
+    return s;
+}
+
+}  // namespace isam

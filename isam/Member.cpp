@@ -1,0 +1,616 @@
+#include "isam/Member.h"
+
+#include <cstring>
+#include <utility>
+
+namespace isam {
+
+namespace {
+
+constexpr int kRowColumn = 0;
+constexpr int kKeyColumn = 1;
+constexpr int kRecordColumn = 2;
+constexpr std::int64_t kMaxPosition = 0xFFFFFFFFLL;
+
+std::string columnString(const Statement& st, int column) {
+    const unsigned char* p = st.columnBytes(column);
+    return p ? std::string(reinterpret_cast<const char*>(p), st.columnSize(column)) : std::string();
+}
+
+std::string filterSql(const std::string& k, int filter) {
+    switch (filter) {
+        case 1: return " WHERE " + k + " >= ?1";
+        case 2: return " WHERE " + k + " > ?1";
+        case 3: return " WHERE " + k + " < ?1";
+        case 4: return " WHERE " + k + " <= ?1";
+        case 5: return " WHERE " + k + " = ?1";
+        case 6: return " WHERE " + k + " >= ?1 AND " + k + " < ?2";
+        case 7: return " WHERE " + k + " = ?1 AND rowid = ?2";
+        case 8: return " WHERE " + k + " = ?1 AND rowid >= ?2";
+        case 9: return " WHERE " + k + " = ?1 AND rowid < ?2";
+        default: return "";
+    }
+}
+
+}  // namespace
+
+std::string localName(const std::string& memberName) {
+    const std::size_t at = memberName.rfind('!');
+    return at == std::string::npos ? memberName : memberName.substr(at + 1);
+}
+
+std::string collationFor(std::uint32_t lcid) {
+    return lcid ? "qvb_lcid_" + std::to_string(lcid) : std::string();
+}
+
+Member::Member(sqlite3* db, FileDefinition definition, std::vector<std::uint32_t> indexLocales,
+               std::uint32_t dataLocale)
+    : db_(db), definition_(std::move(definition)), dataLocale_(dataLocale) {
+    table_ = localName(definition_.name);
+    indexes_.resize(definition_.indexes.size());
+    for (std::size_t i = 0; i < indexes_.size(); ++i) {
+        indexes_[i].definition = definition_.indexes[i];
+        indexes_[i].locale = i < indexLocales.size() ? indexLocales[i] : 0;
+        indexes_[i].column = "k" + std::to_string(i + 1);
+    }
+}
+
+// ---- Queries ----------------------------------------------------------------------
+
+bool Member::collated(const IndexState& ix) const {
+    return ix.locale != 0 && isLocaleOrdered(ix.definition);
+}
+
+std::string Member::orderClause(const IndexState& ix, bool descending) const {
+    const std::string direction = descending ? " DESC" : "";
+    std::string key = ix.column;
+    if (collated(ix)) key += " COLLATE " + collationFor(ix.locale);
+    return " ORDER BY " + key + direction + ", rowid" + direction;
+}
+
+int Member::statement(IndexState& ix, Shape shape, Filter filter, Statement** out) {
+    Statement& st = ix.statements[shape][filter];
+    *out = &st;
+    if (st.prepared()) return ISAM_OK;
+    std::string key = ix.column;
+    if (collated(ix)) key += " COLLATE " + collationFor(ix.locale);
+    const std::string from = " FROM " + quoted(table_) + filterSql(key, filter);
+    std::string sql;
+    switch (shape) {
+        case kAscending:
+            sql = "SELECT rowid, " + ix.column + ", rec" + from + orderClause(ix, false);
+            break;
+        case kDescending:
+            sql = "SELECT rowid, " + ix.column + ", rec" + from + orderClause(ix, true);
+            break;
+        case kCount:
+            sql = "SELECT count(*)" + from;
+            break;
+        default:
+            sql = "SELECT rowid" + from + orderClause(ix, false) + " LIMIT ?3";
+            break;
+    }
+    return st.prepare(db_, sql);
+}
+
+void Member::bindKey(const IndexState& ix, Statement& st, int slot, const std::string& key) const {
+    // A collation applies only to text values, so locale-ordered keys are stored
+    // and compared as text; every other key is a blob compared byte by byte.
+    // Keys are short, and a cursor statement is stepped after the key is gone.
+    if (collated(ix)) {
+        st.bindText(slot, key.data(), key.size(), true);
+    } else {
+        st.bindBlob(slot, key.data(), key.size(), true);
+    }
+}
+
+void Member::bindBound(const IndexState& ix, Statement& st, const Bound& bound) const {
+    switch (bound.filter) {
+        case kAll:
+            break;
+        case kRange:
+            bindKey(ix, st, 1, bound.key);
+            bindKey(ix, st, 2, bound.key2);
+            break;
+        case kEqRow:
+        case kEqRowGe:
+        case kEqRowLt:
+            bindKey(ix, st, 1, bound.key);
+            st.bindInt(2, bound.row);
+            break;
+        default:
+            bindKey(ix, st, 1, bound.key);
+            break;
+    }
+}
+
+// The rows whose keys begin with a search key.
+Member::Bound Member::prefixBound(const IndexState& ix, const SearchKey& key) const {
+    Bound b;
+    b.key = key.bytes;
+    if (key.hasPosition) {
+        b.filter = kEqRow;
+        b.row = key.position;
+    } else if (key.bytes.empty()) {
+        b.filter = kAll;
+    } else if (key.complete || collated(ix)) {
+        b.filter = kEq;
+    } else if (prefixSuccessor(key.bytes, &b.key2)) {
+        b.filter = kRange;
+    } else {
+        b.filter = kGe;
+    }
+    return b;
+}
+
+// ---- Positioning --------------------------------------------------------------------
+
+int Member::takeRow(std::size_t index, Statement* st, bool bounded, Position* position) {
+    IndexState& ix = indexes_[index];
+    const std::int64_t row = st->columnInt(kRowColumn);
+    ix.cursor = st;
+    ix.cursorBounded = bounded;
+    ix.anchorValid = true;
+    ix.anchorRow = row;
+    ix.anchorKey = columnString(*st, kKeyColumn);
+    hasCurrent_ = true;
+    current_ = row;
+    recordSource_ = st;
+    *position = static_cast<Position>(row);
+    return ISAM_OK;
+}
+
+int Member::seek(std::size_t index, Shape shape, const std::vector<Bound>& bounds,
+                 Position* position) {
+    IndexState& ix = indexes_[index];
+    recordSource_ = nullptr;
+    ix.cursor = nullptr;
+    for (const Bound& bound : bounds) {
+        Statement* st = nullptr;
+        int rc = statement(ix, shape, bound.filter, &st);
+        if (rc) return rc;
+        st->reset();
+        bindBound(ix, *st, bound);
+        int step = st->step();
+        if (step == SQLITE_ROW) {
+            // Only an ascending scan can be stepped on by next(); a scan limited to one
+            // key or range must hand over to an open one when it runs out.
+            const bool bounded = bound.filter != kAll && bound.filter != kGe && bound.filter != kGt;
+            int taken = takeRow(index, st, bounded, position);
+            if (shape == kDescending) ix.cursor = nullptr;
+            return taken;
+        }
+        st->reset();
+        if (step != SQLITE_DONE) return fromSqlite(step);
+    }
+    return ISAM_NO_RECORD;
+}
+
+int Member::first(std::size_t index, Position* position) {
+    return seek(index, kAscending, {Bound{}}, position);
+}
+
+int Member::last(std::size_t index, Position* position) {
+    return seek(index, kDescending, {Bound{}}, position);
+}
+
+int Member::anchorFromCurrent(std::size_t index) {
+    IndexState& ix = indexes_[index];
+    if (!hasCurrent_) return ISAM_NO_CURRENT_RECORD;
+    if (ix.anchorValid && ix.anchorRow == current_) return ISAM_OK;
+    int rc = simple(ix.keyOf, "SELECT " + ix.column + " FROM " + quoted(table_) + " WHERE rowid = ?1");
+    if (rc) return rc;
+    ix.keyOf.reset();
+    ix.keyOf.bindInt(1, current_);
+    int step = ix.keyOf.step();
+    if (step == SQLITE_ROW) {
+        ix.anchorKey = columnString(ix.keyOf, 0);
+        ix.anchorRow = current_;
+        ix.anchorValid = true;
+    }
+    ix.keyOf.reset();
+    if (step == SQLITE_DONE) return ISAM_NO_CURRENT_RECORD;
+    return step == SQLITE_ROW ? ISAM_OK : fromSqlite(step);
+}
+
+int Member::seekAfterAnchor(std::size_t index, Position* position) {
+    IndexState& ix = indexes_[index];
+    Bound sameKey{kEqRowGe, ix.anchorKey, std::string(), ix.anchorRow + 1};
+    Bound greaterKey{kGt, ix.anchorKey, std::string(), 0};
+    return seek(index, kAscending, {sameKey, greaterKey}, position);
+}
+
+int Member::next(std::size_t index, Position* position) {
+    IndexState& ix = indexes_[index];
+    const bool onCurrent = ix.anchorValid && hasCurrent_ && ix.anchorRow == current_;
+    if (ix.cursor && onCurrent) {
+        Statement* st = ix.cursor;
+        recordSource_ = nullptr;
+        int step = st->step();
+        if (step == SQLITE_ROW) return takeRow(index, st, ix.cursorBounded, position);
+        st->reset();
+        ix.cursor = nullptr;
+        if (step != SQLITE_DONE) return fromSqlite(step);
+        if (!ix.cursorBounded) return ISAM_NO_RECORD;
+        return seekAfterAnchor(index, position);
+    }
+    int rc = anchorFromCurrent(index);
+    if (rc) return rc;
+    rc = seekAfterAnchor(index, position);
+    return rc;
+}
+
+int Member::findEqual(std::size_t index, const void* key, std::size_t length, Position* position) {
+    SearchKey sk;
+    int rc = parseSearchKey(indexes_[index].definition, key, length, true, &sk);
+    if (rc) return rc;
+    return seek(index, kAscending, {prefixBound(indexes_[index], sk)}, position);
+}
+
+int Member::findKey(std::size_t index, const void* key, std::size_t length, SearchMode mode,
+                    Position* position) {
+    const IndexState& ix = indexes_[index];
+    SearchKey sk;
+    int rc = parseSearchKey(ix.definition, key, length, false, &sk);
+    if (rc) return rc;
+    if (mode == SearchMode::Equal) return seek(index, kAscending, {prefixBound(ix, sk)}, position);
+
+    const std::string& k = sk.bytes;
+    const bool whole = sk.complete || collated(ix);
+    std::string successor;
+    const bool hasSuccessor = !whole && prefixSuccessor(k, &successor);
+    // A key value stands for the interval of keys that begin with it: the searches
+    // start just below (lower bound) or just above (upper bound) that interval.
+    if (sk.hasPosition) {
+        const std::int64_t lower = sk.position;
+        const std::int64_t upper = lower + 1;
+        switch (mode) {
+            case SearchMode::GreaterOrEqual:
+                return seek(index, kAscending, {{kEqRowGe, k, {}, lower}, {kGt, k, {}, 0}}, position);
+            case SearchMode::Greater:
+                return seek(index, kAscending, {{kEqRowGe, k, {}, upper}, {kGt, k, {}, 0}}, position);
+            case SearchMode::Less:
+                return seek(index, kDescending, {{kEqRowLt, k, {}, lower}, {kLt, k, {}, 0}}, position);
+            default:
+                return seek(index, kDescending, {{kEqRowLt, k, {}, upper}, {kLt, k, {}, 0}}, position);
+        }
+    }
+    switch (mode) {
+        case SearchMode::GreaterOrEqual:
+            return seek(index, kAscending, {{kGe, k, {}, 0}}, position);
+        case SearchMode::Greater:
+            if (whole) return seek(index, kAscending, {{kGt, k, {}, 0}}, position);
+            if (!hasSuccessor) return ISAM_NO_RECORD;
+            return seek(index, kAscending, {{kGe, successor, {}, 0}}, position);
+        case SearchMode::Less:
+            return seek(index, kDescending, {{kLt, k, {}, 0}}, position);
+        default:
+            if (whole) return seek(index, kDescending, {{kLe, k, {}, 0}}, position);
+            if (!hasSuccessor) return seek(index, kDescending, {Bound{}}, position);
+            return seek(index, kDescending, {{kLt, successor, {}, 0}}, position);
+    }
+}
+
+int Member::findText(std::size_t index, const char* text, SearchMode mode, Position* position) {
+    const IndexDefinition& def = indexes_[index].definition;
+    if (!text || def.segments.empty() || def.segments[0].mode != kSegmentVariableText) {
+        return ISAM_BAD_PARAMETER;
+    }
+    const std::size_t segment = def.segments[0].length;
+    const std::size_t n = std::strlen(text);
+    if (n > segment) return ISAM_KEY_TOO_LONG;
+    std::string value(text, n);
+    value.append(segment - n, ' ');
+    return findKey(index, value.data(), value.size(), mode, position);
+}
+
+// ---- Key prefixes ------------------------------------------------------------------------
+
+int Member::countByPrefix(std::size_t index, const void* prefix, std::size_t length,
+                          std::uint32_t* count) {
+    IndexState& ix = indexes_[index];
+    SearchKey sk;
+    int rc = parseSearchKey(ix.definition, prefix, length, false, &sk);
+    if (rc) return rc;
+    const Bound bound = prefixBound(ix, sk);
+    Statement* st = nullptr;
+    rc = statement(ix, kCount, bound.filter, &st);
+    if (rc) return rc;
+    st->reset();
+    bindBound(ix, *st, bound);
+    int step = st->step();
+    if (step != SQLITE_ROW) {
+        st->reset();
+        return fromSqlite(step);
+    }
+    const std::int64_t n = st->columnInt(0);
+    st->reset();
+    *count = static_cast<std::uint32_t>(n);
+    return n == 0 ? ISAM_NO_RECORD : ISAM_OK;
+}
+
+int Member::fetchByPrefix(std::size_t index, const void* prefix, std::size_t length,
+                          std::uint32_t wanted, Position* positions, std::uint32_t* fetched) {
+    IndexState& ix = indexes_[index];
+    *fetched = 0;
+    SearchKey sk;
+    int rc = parseSearchKey(ix.definition, prefix, length, false, &sk);
+    if (rc) return rc;
+    if (wanted == 0) return ISAM_OK;
+    if (!positions) return ISAM_BAD_PARAMETER;
+    const Bound bound = prefixBound(ix, sk);
+    Statement* st = nullptr;
+    rc = statement(ix, kRows, bound.filter, &st);
+    if (rc) return rc;
+    st->reset();
+    bindBound(ix, *st, bound);
+    st->bindInt(3, wanted);
+    int step;
+    while ((step = st->step()) == SQLITE_ROW) {
+        positions[(*fetched)++] = static_cast<Position>(st->columnInt(0));
+    }
+    st->reset();
+    return step == SQLITE_DONE ? ISAM_OK : fromSqlite(step);
+}
+
+// ---- Records ------------------------------------------------------------------------------
+
+int Member::simple(Statement& st, const std::string& sql) {
+    if (st.prepared()) return ISAM_OK;
+    return st.prepare(db_, sql);
+}
+
+int Member::read(Position position, void* buffer, std::size_t capacity, std::size_t* length) {
+    Statement* source = recordSource_;
+    if (!(source && hasCurrent_ && current_ == position)) {
+        int rc = simple(read_, "SELECT rowid, NULL, rec FROM " + quoted(table_) + " WHERE rowid = ?1");
+        if (rc) return rc;
+        read_.reset();
+        read_.bindInt(1, position);
+        int step = read_.step();
+        if (step != SQLITE_ROW) {
+            read_.reset();
+            return step == SQLITE_DONE ? ISAM_NO_RECORD : fromSqlite(step);
+        }
+        source = &read_;
+        if (!(hasCurrent_ && current_ == position)) {
+            hasCurrent_ = true;
+            current_ = position;
+        }
+        recordSource_ = &read_;
+    }
+    const std::size_t n = source->columnSize(kRecordColumn);
+    *length = n;
+    if (n > capacity) return ISAM_BUFFER_TOO_SHORT;
+    if (n) std::memcpy(buffer, source->columnBytes(kRecordColumn), n);
+    return ISAM_OK;
+}
+
+int Member::buildKeys(const void* record, std::size_t length, std::vector<std::string>* keys) const {
+    if (!record && length) return ISAM_BAD_PARAMETER;
+    std::vector<FieldSpan> fields;
+    const unsigned char* bytes = static_cast<const unsigned char*>(record);
+    int rc = parseRecord(definition_, bytes, length, &fields);
+    if (rc) return rc;
+    keys->clear();
+    for (const IndexState& ix : indexes_) keys->push_back(buildKey(ix.definition, bytes, fields));
+    return ISAM_OK;
+}
+
+void Member::anchorAll(const std::vector<std::string>& keys, std::int64_t row) {
+    for (std::size_t i = 0; i < indexes_.size(); ++i) {
+        indexes_[i].anchorValid = true;
+        indexes_[i].anchorKey = keys[i];
+        indexes_[i].anchorRow = row;
+    }
+    hasCurrent_ = true;
+    current_ = row;
+}
+
+int Member::add(const void* record, std::size_t length, Position* position) {
+    std::vector<std::string> keys;
+    int rc = buildKeys(record, length, &keys);
+    if (rc) return rc;
+    std::string sql = "INSERT INTO " + quoted(table_) + "(rec";
+    std::string values = ") VALUES(?1";
+    for (std::size_t i = 0; i < indexes_.size(); ++i) {
+        sql += ", " + indexes_[i].column;
+        values += ", ?" + std::to_string(i + 2);
+    }
+    rc = simple(insert_, sql + values + ")");
+    if (rc) return rc;
+    resetCursors();
+    insert_.reset();
+    insert_.bindBlob(1, record, length);
+    for (std::size_t i = 0; i < indexes_.size(); ++i) bindKey(indexes_[i], insert_, int(i) + 2, keys[i]);
+    int step = insert_.step();
+    insert_.reset();
+    if (step != SQLITE_DONE) return fromSqlite(step);
+    const std::int64_t row = sqlite3_last_insert_rowid(db_);
+    if (row > kMaxPosition) {
+        // Positions are 32 bits wide; a row beyond them cannot be addressed.
+        Statement undo;
+        if (undo.prepare(db_, "DELETE FROM " + quoted(table_) + " WHERE rowid = ?1") == ISAM_OK) {
+            undo.bindInt(1, row);
+            undo.step();
+        }
+        return ISAM_FILE_FULL;
+    }
+    anchorAll(keys, row);
+    if (position) *position = static_cast<Position>(row);
+    return ISAM_OK;
+}
+
+int Member::rewrite(const void* record, std::size_t length) {
+    if (!hasCurrent_) return ISAM_NO_CURRENT_RECORD;
+    std::vector<std::string> keys;
+    int rc = buildKeys(record, length, &keys);
+    if (rc) return rc;
+    std::string sql = "UPDATE " + quoted(table_) + " SET rec = ?1";
+    for (std::size_t i = 0; i < indexes_.size(); ++i) {
+        sql += ", " + indexes_[i].column + " = ?" + std::to_string(i + 2);
+    }
+    rc = simple(update_, sql + " WHERE rowid = ?" + std::to_string(indexes_.size() + 2));
+    if (rc) return rc;
+    resetCursors();
+    update_.reset();
+    update_.bindBlob(1, record, length);
+    for (std::size_t i = 0; i < indexes_.size(); ++i) bindKey(indexes_[i], update_, int(i) + 2, keys[i]);
+    update_.bindInt(int(indexes_.size()) + 2, current_);
+    int step = update_.step();
+    update_.reset();
+    if (step != SQLITE_DONE) return fromSqlite(step);
+    if (sqlite3_changes(db_) == 0) return ISAM_NO_CURRENT_RECORD;
+    anchorAll(keys, current_);
+    return ISAM_OK;
+}
+
+int Member::remove() {
+    if (!hasCurrent_) return ISAM_NO_CURRENT_RECORD;
+    std::string sql = "DELETE FROM " + quoted(table_) + " WHERE rowid = ?1 RETURNING rowid";
+    for (const IndexState& ix : indexes_) sql += ", " + ix.column;
+    int rc = simple(delete_, sql);
+    if (rc) return rc;
+    resetCursors();
+    delete_.reset();
+    delete_.bindInt(1, current_);
+    int step = delete_.step();
+    if (step != SQLITE_ROW) {
+        delete_.reset();
+        return step == SQLITE_DONE ? ISAM_NO_CURRENT_RECORD : fromSqlite(step);
+    }
+    // The deleted record's keys stay as the position, so that next() continues
+    // with the record that followed it.
+    std::vector<std::string> keys;
+    for (std::size_t i = 0; i < indexes_.size(); ++i) keys.push_back(columnString(delete_, int(i) + 1));
+    while ((step = delete_.step()) == SQLITE_ROW) {
+    }
+    delete_.reset();
+    if (step != SQLITE_DONE) return fromSqlite(step);
+    anchorAll(keys, current_);
+    return ISAM_OK;
+}
+
+int Member::current(Position* position) const {
+    if (!hasCurrent_) return ISAM_NO_CURRENT_RECORD;
+    *position = static_cast<Position>(current_);
+    return ISAM_OK;
+}
+
+void Member::resetCursors() {
+    for (IndexState& ix : indexes_) {
+        if (ix.cursor) ix.cursor->reset();
+        ix.cursor = nullptr;
+    }
+    if (recordSource_) recordSource_->reset();
+    recordSource_ = nullptr;
+}
+
+void Member::restoreLocales(const std::vector<std::uint32_t>& locales, std::uint32_t dataLocale) {
+    resetCursors();
+    dataLocale_ = dataLocale;
+    for (std::size_t i = 0; i < indexes_.size() && i < locales.size(); ++i) {
+        if (indexes_[i].locale == locales[i]) continue;
+        indexes_[i].locale = locales[i];
+        for (auto& shape : indexes_[i].statements) {
+            for (Statement& st : shape) st = Statement();
+        }
+    }
+}
+
+int Member::setIndexLocale(std::size_t index, std::uint32_t lcid) {
+    IndexState& ix = indexes_[index];
+    const bool wasCollated = collated(ix);
+    const std::uint32_t previous = ix.locale;
+    ix.locale = lcid;
+    if (!isLocaleOrdered(ix.definition) || (!wasCollated && !collated(ix)) || previous == lcid) {
+        return ISAM_OK;
+    }
+    // The index's order depends on the locale: rebuild it in the new order. The
+    // stored keys change type too (text under a collation, bytes otherwise).
+    resetCursors();
+    for (auto& shape : ix.statements) {
+        for (Statement& st : shape) st = Statement();
+    }
+    const std::string indexName = quoted(localName(ix.definition.name));
+    const std::string cast = collated(ix) ? "TEXT" : "BLOB";
+    std::string create = "CREATE INDEX " + indexName + " ON " + quoted(table_) + "(" + ix.column;
+    if (collated(ix)) create += " COLLATE " + collationFor(lcid);
+    int rc = execute(db_, "DROP INDEX IF EXISTS " + indexName);
+    if (!rc) {
+        rc = execute(db_, "UPDATE " + quoted(table_) + " SET " + ix.column + " = CAST(" + ix.column +
+                              " AS " + cast + ")");
+    }
+    if (!rc) rc = execute(db_, create + ")");
+    if (rc) ix.locale = previous;
+    return rc;
+}
+
+// ---- Resources ------------------------------------------------------------------------------
+
+int Member::resourceStatement(Statement& st, const std::string& sql) {
+    if (st.prepared()) return ISAM_OK;
+    int rc = execute(db_, "CREATE TABLE IF NOT EXISTS " + quoted(table_ + "$res") +
+                              "(type INTEGER, number INTEGER, data BLOB NOT NULL,"
+                              " PRIMARY KEY(type, number)) WITHOUT ROWID");
+    if (rc) return rc;
+    return st.prepare(db_, sql);
+}
+
+int Member::addResource(std::uint32_t type, std::uint32_t number, const void* data,
+                        std::size_t length, bool replace) {
+    if (!data && length) return ISAM_BAD_PARAMETER;
+    Statement& st = replace ? resourceReplace_ : resourceInsert_;
+    const std::string verb = replace ? "INSERT OR REPLACE" : "INSERT";
+    int rc = resourceStatement(st, verb + " INTO " + quoted(table_ + "$res") +
+                                       "(type, number, data) VALUES(?1, ?2, ?3)");
+    if (rc) return rc;
+    st.reset();
+    st.bindInt(1, type);
+    st.bindInt(2, number);
+    st.bindBlob(3, data, length);
+    int step = st.step();
+    st.reset();
+    if ((step & 0xff) == SQLITE_CONSTRAINT) return ISAM_RESOURCE_EXISTS;
+    return step == SQLITE_DONE ? ISAM_OK : fromSqlite(step);
+}
+
+int Member::readResource(std::uint32_t type, std::uint32_t number, void* buffer,
+                         std::size_t capacity, std::size_t* length) {
+    int rc = resourceStatement(resourceRead_, "SELECT data FROM " + quoted(table_ + "$res") +
+                                                  " WHERE type = ?1 AND number = ?2");
+    if (rc) return rc;
+    resourceRead_.reset();
+    resourceRead_.bindInt(1, type);
+    resourceRead_.bindInt(2, number);
+    int step = resourceRead_.step();
+    if (step != SQLITE_ROW) {
+        resourceRead_.reset();
+        return step == SQLITE_DONE ? ISAM_NO_RECORD : fromSqlite(step);
+    }
+    const std::size_t n = resourceRead_.columnSize(0);
+    *length = n;
+    rc = ISAM_OK;
+    if (n > capacity) {
+        rc = ISAM_BUFFER_TOO_SHORT;
+    } else if (n) {
+        std::memcpy(buffer, resourceRead_.columnBytes(0), n);
+    }
+    resourceRead_.reset();
+    return rc;
+}
+
+int Member::deleteResource(std::uint32_t type, std::uint32_t number) {
+    int rc = resourceStatement(resourceDelete_, "DELETE FROM " + quoted(table_ + "$res") +
+                                                    " WHERE type = ?1 AND number = ?2");
+    if (rc) return rc;
+    resourceDelete_.reset();
+    resourceDelete_.bindInt(1, type);
+    resourceDelete_.bindInt(2, number);
+    int step = resourceDelete_.step();
+    resourceDelete_.reset();
+    if (step != SQLITE_DONE) return fromSqlite(step);
+    return sqlite3_changes(db_) ? ISAM_OK : ISAM_NO_RECORD;
+}
+
+}  // namespace isam

@@ -1,0 +1,155 @@
+// One member of a container: a data file and its indexes, held as one table whose
+// rows are the records (row id = position, the packed record, one key column per
+// index) with one index per key column.
+#pragma once
+
+#include <sqlite3.h>
+
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "isam/Isam.h"
+#include "isam/Keys.h"
+#include "isam/Sql.h"
+
+namespace isam {
+
+// The SQL-level name of a member: the part of its name after the container
+// separator ("demo.Prj!DialogI2.Qvi" -> "DialogI2.Qvi").
+std::string localName(const std::string& memberName);
+
+// The collation that orders a locale-ordered index, "" for byte order.
+std::string collationFor(std::uint32_t lcid);
+
+class Member {
+public:
+    Member(sqlite3* db, FileDefinition definition, std::vector<std::uint32_t> indexLocales,
+           std::uint32_t dataLocale);
+
+    const FileDefinition& definition() const { return definition_; }
+    const std::string& table() const { return table_; }
+    std::size_t indexCount() const { return indexes_.size(); }
+
+    // Positioning by index number (0-based).
+    int first(std::size_t index, Position* position);
+    int last(std::size_t index, Position* position);
+    int next(std::size_t index, Position* position);
+    int findEqual(std::size_t index, const void* key, std::size_t length, Position* position);
+    int findKey(std::size_t index, const void* key, std::size_t length, SearchMode mode,
+                Position* position);
+    int findText(std::size_t index, const char* text, SearchMode mode, Position* position);
+
+    int countByPrefix(std::size_t index, const void* prefix, std::size_t length,
+                      std::uint32_t* count);
+    int fetchByPrefix(std::size_t index, const void* prefix, std::size_t length,
+                      std::uint32_t wanted, Position* positions, std::uint32_t* fetched);
+
+    int read(Position position, void* buffer, std::size_t capacity, std::size_t* length);
+    int add(const void* record, std::size_t length, Position* position);
+    int rewrite(const void* record, std::size_t length);
+    int remove();
+    int current(Position* position) const;
+
+    int addResource(std::uint32_t type, std::uint32_t number, const void* data, std::size_t length,
+                    bool replace);
+    int readResource(std::uint32_t type, std::uint32_t number, void* buffer, std::size_t capacity,
+                     std::size_t* length);
+    int deleteResource(std::uint32_t type, std::uint32_t number);
+
+    std::uint32_t dataLocale() const { return dataLocale_; }
+    std::uint32_t indexLocale(std::size_t index) const { return indexes_[index].locale; }
+    void setDataLocale(std::uint32_t lcid) { dataLocale_ = lcid; }
+    // Reorders a locale-ordered index under the new locale; the caller persists it.
+    int setIndexLocale(std::size_t index, std::uint32_t lcid);
+
+    // Drops every pending statement position (before writes, commits and schema changes).
+    void resetCursors();
+
+    // After a rollback: the member's table may be gone (stale) or its index locales
+    // back at their earlier values.
+    bool stale() const { return stale_; }
+    void markStale() { stale_ = true; }
+    void restoreLocales(const std::vector<std::uint32_t>& locales, std::uint32_t dataLocale);
+
+private:
+    // Row filters of the index queries. Parameters: ?1 a key, ?2 a second key or a row.
+    enum Filter {
+        kAll,
+        kGe,        // key >= ?1
+        kGt,        // key > ?1
+        kLt,        // key < ?1
+        kLe,        // key <= ?1
+        kEq,        // key = ?1
+        kRange,     // key >= ?1 and key < ?2
+        kEqRow,     // key = ?1 and row = ?2
+        kEqRowGe,   // key = ?1 and row >= ?2
+        kEqRowLt,   // key = ?1 and row < ?2
+        kFilterCount
+    };
+    // What a query returns.
+    enum Shape {
+        kAscending,   // row, key, record in key order
+        kDescending,  // the same in reverse order
+        kCount,
+        kRows,        // rows in key order, at most ?3
+        kShapeCount
+    };
+
+    struct Bound {
+        Filter filter = kAll;
+        std::string key;
+        std::string key2;
+        std::int64_t row = 0;
+    };
+
+    struct IndexState {
+        IndexDefinition definition;
+        std::uint32_t locale = 0;
+        std::string column;
+        std::array<std::array<Statement, kFilterCount>, kShapeCount> statements;
+        Statement keyOf;  // the key of a given row
+        // The statement whose row is this index's position while it can still be
+        // stepped, and the key and row of that position.
+        Statement* cursor = nullptr;
+        bool cursorBounded = false;
+        bool anchorValid = false;
+        std::string anchorKey;
+        std::int64_t anchorRow = 0;
+    };
+
+    bool collated(const IndexState& ix) const;
+    std::string orderClause(const IndexState& ix, bool descending) const;
+    int statement(IndexState& ix, Shape shape, Filter filter, Statement** out);
+    void bindKey(const IndexState& ix, Statement& st, int slot, const std::string& key) const;
+    void bindBound(const IndexState& ix, Statement& st, const Bound& bound) const;
+
+    // Runs the bounds in order until one yields a row, which becomes the position.
+    int seek(std::size_t index, Shape shape, const std::vector<Bound>& bounds, Position* position);
+    int seekAfterAnchor(std::size_t index, Position* position);
+    int takeRow(std::size_t index, Statement* st, bool bounded, Position* position);
+    int anchorFromCurrent(std::size_t index);
+    Bound prefixBound(const IndexState& ix, const SearchKey& key) const;
+
+    int buildKeys(const void* record, std::size_t length, std::vector<std::string>* keys) const;
+    void anchorAll(const std::vector<std::string>& keys, std::int64_t row);
+    int simple(Statement& st, const std::string& sql);
+    int resourceStatement(Statement& st, const std::string& sql);
+
+    sqlite3* db_;
+    FileDefinition definition_;
+    std::string table_;
+    std::vector<IndexState> indexes_;
+    std::uint32_t dataLocale_;
+
+    bool stale_ = false;
+    bool hasCurrent_ = false;
+    std::int64_t current_ = 0;
+    Statement* recordSource_ = nullptr;  // holds the current record in its column 2
+
+    Statement insert_, update_, delete_, read_;
+    Statement resourceInsert_, resourceReplace_, resourceRead_, resourceDelete_;
+};
+
+}  // namespace isam
