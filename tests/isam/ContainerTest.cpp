@@ -1,0 +1,271 @@
+// Instances, containers and members: their life cycle and every way of misusing it.
+#include <unistd.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+
+#include "core/Catalogue.h"
+#include "tests/isam/TestSupport.h"
+
+namespace isamtest {
+namespace {
+
+using namespace isam;
+namespace fs = std::filesystem;
+
+void overwrite(const std::string& path, std::size_t offset, std::size_t count, char byte) {
+    std::fstream f(path, std::ios::in | std::ios::out | std::ios::binary);
+    f.seekp(static_cast<std::streamoff>(offset));
+    const std::string bytes(count, byte);
+    f.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
+
+TEST(InstanceTest, NamesAreUniqueAndMustBeSelectedAndInitialised) {
+    const std::string name = "RegistryProbe" + std::to_string(::getpid());
+    ASSERT_EQ(ISAM_OK, registerInstance(name.c_str()));
+    EXPECT_EQ(ISAM_INSTANCE_TAKEN, registerInstance(name.c_str()));
+    ASSERT_EQ(ISAM_OK, selectInstance(name.c_str()));
+    EXPECT_EQ(ISAM_NOT_INITIALISED, openContainer("/nonexistent.Prj", 582, nullptr));
+    EXPECT_EQ(ISAM_BAD_PARAMETER, initialiseInstance(12, 0, 48, 12, 64, 0, 0, 0));
+    EXPECT_EQ(ISAM_OK, initialiseInstance(12, 140, 48, 12, 64, 0, 0, 0));
+    EXPECT_EQ(ISAM_OK, unregisterInstance(name.c_str()));
+    EXPECT_EQ(ISAM_NO_INSTANCE, closeContainer());
+    EXPECT_EQ(ISAM_NO_INSTANCE, selectInstance(name.c_str()));
+    // The name is free again.
+    ASSERT_EQ(ISAM_OK, registerInstance(name.c_str()));
+    EXPECT_EQ(ISAM_OK, unregisterInstance(name.c_str()));
+}
+
+TEST(InstanceTest, FileNumbersAreBoundedByTheInstanceSize) {
+    TempDir dir;
+    ScopedInstance instance;
+    ASSERT_EQ(ISAM_OK, initialiseInstance(12, 6, 48, 12, 64, 0, 0, 0));
+    FileNumber container = kNoFile, data = kNoFile;
+    ASSERT_EQ(ISAM_OK, createContainer(dir.file("t.Prj").c_str(), 582, 1024, &container));
+    EXPECT_EQ(0, container);
+    ASSERT_EQ(ISAM_OK, createFile(sampleDefinition("t.Prj"), &data));
+    EXPECT_EQ(1, data);  // then its three indexes: 2, 3, 4
+    FileDefinition other = sampleDefinition("t.Prj");
+    other.name = "t.Prj!Other";
+    for (auto& index : other.indexes) index.name.replace(index.name.find("Sample"), 6, "Other");
+    FileNumber second = kNoFile;
+    EXPECT_EQ(ISAM_TOO_MANY_FILES, createFile(other, &second));
+    ASSERT_EQ(ISAM_OK, closeFile(data));
+    ASSERT_EQ(ISAM_OK, createFile(other, &second));
+    EXPECT_EQ(1, second);
+    closeContainer();
+}
+
+TEST(ContainerTest, CreateOpenAndTheirFailures) {
+    TempDir dir;
+    ScopedInstance instance;
+    const std::string path = dir.file("a.Prj");
+    EXPECT_EQ(ISAM_FILE_NOT_FOUND, openContainer(path.c_str(), 582, nullptr));
+    EXPECT_EQ(ISAM_BAD_PARAMETER, createContainer(path.c_str(), 68, 1024, nullptr));
+    ASSERT_EQ(ISAM_OK, createContainer(path.c_str(), 582, 1024, nullptr));
+    EXPECT_EQ(ISAM_ALREADY_OPEN, openContainer(path.c_str(), 582, nullptr));
+    ASSERT_EQ(ISAM_OK, closeContainer());
+    EXPECT_EQ(ISAM_NOT_OPEN, closeContainer());
+    EXPECT_EQ(ISAM_FILE_EXISTS, createContainer(path.c_str(), 582, 1024, nullptr));
+    // Closing leaves no log file beside the container.
+    EXPECT_FALSE(fs::exists(path + "-wal"));
+
+    FileNumber data = kNoFile;
+    EXPECT_EQ(ISAM_NOT_OPEN, createFile(sampleDefinition(), &data));
+    ASSERT_EQ(ISAM_OK, openContainer(path.c_str(), 582, nullptr));
+    EXPECT_EQ(ISAM_FILE_NOT_FOUND, openFile(sampleDefinition(), &data));
+    ASSERT_EQ(ISAM_OK, createFile(sampleDefinition(), &data));
+    EXPECT_EQ(ISAM_FILE_EXISTS, createFile(sampleDefinition(), &data));
+    EXPECT_EQ(ISAM_ALREADY_OPEN, openFile(sampleDefinition(), &data));
+
+    FileDefinition inconsistent = sampleDefinition();
+    inconsistent.name = "test.Prj!Broken";
+    inconsistent.indexes[0].keyLength = 8;  // its one 4-byte segment, unique
+    EXPECT_EQ(ISAM_BAD_PARAMETER, createFile(inconsistent, &data));
+    closeContainer();
+}
+
+TEST(ContainerTest, AMemberOpensOnlyWithTheDefinitionItWasMadeWith) {
+    TempDir dir;
+    ScopedInstance instance;
+    const std::string path = dir.file("test.Prj");
+    FileNumber data = kNoFile;
+    ASSERT_EQ(ISAM_OK, createContainer(path.c_str(), 582, 1024, nullptr));
+    ASSERT_EQ(ISAM_OK, createFile(sampleDefinition(), &data));
+    ASSERT_EQ(ISAM_OK, closeFile(data));
+
+    FileDefinition changed = sampleDefinition();
+    changed.indexes[2].segments[0].length = 30;
+    changed.indexes[2].keyLength = 34;
+    EXPECT_EQ(ISAM_DEFINITION_MISMATCH, openFile(changed, &data));
+
+    // Renaming the container does not matter: members are found by their own names.
+    EXPECT_EQ(ISAM_OK, openFile(sampleDefinition("elsewhere.Prj"), &data));
+    closeContainer();
+}
+
+TEST(ContainerTest, EveryCatalogueTableCanBeCreatedAndReopened) {
+    TempDir dir;
+    ScopedInstance instance;
+    const std::string path = dir.file("all.Prj");
+    ASSERT_EQ(ISAM_OK, createContainer(path.c_str(), 582, 1024, nullptr));
+    ASSERT_EQ(ISAM_OK, beginBatch());
+    for (int i = 0; i < qvb::catalogue::kTableCount; ++i) {
+        FileNumber data = kNoFile;
+        const auto def = qvb::catalogue::makeFileDefinition(*qvb::catalogue::currentTable(i), "all.Prj");
+        ASSERT_EQ(ISAM_OK, createFile(def, &data)) << def.name;
+        ASSERT_EQ(ISAM_OK, closeFile(data));
+    }
+    ASSERT_EQ(ISAM_OK, endBatch());
+    ASSERT_EQ(ISAM_OK, closeContainer());
+
+    ASSERT_EQ(ISAM_OK, openContainer(path.c_str(), 582, nullptr));
+    FileNumber expected = 1;  // after the container's own number
+    for (int i = 0; i < qvb::catalogue::kTableCount; ++i) {
+        const auto* table = qvb::catalogue::currentTable(i);
+        FileNumber data = kNoFile;
+        ASSERT_EQ(ISAM_OK, openFile(qvb::catalogue::makeFileDefinition(*table, "all.Prj"), &data));
+        EXPECT_EQ(expected, data) << table->name;
+        expected = static_cast<FileNumber>(expected + 1 + table->indexes.size());
+    }
+    EXPECT_EQ(105, expected);  // 1 container + 32 data files + 72 indexes
+    closeContainer();
+}
+
+TEST(ContainerTest, TwoInstancesKeepTwoDatabasesOpen) {
+    TempDir dir;
+    ScopedInstance first;
+    ScopedInstance second;
+    FileNumber a = kNoFile, b = kNoFile;
+    first.select();
+    ASSERT_EQ(ISAM_OK, createContainer(dir.file("a.Prj").c_str(), 582, 1024, nullptr));
+    ASSERT_EQ(ISAM_OK, createFile(sampleDefinition("a.Prj"), &a));
+    second.select();
+    ASSERT_EQ(ISAM_OK, createContainer(dir.file("b.Prj").c_str(), 582, 1024, nullptr));
+    ASSERT_EQ(ISAM_OK, createFile(sampleDefinition("b.Prj"), &b));
+    EXPECT_EQ(a, b);  // each instance numbers its own files
+
+    for (std::uint32_t id = 1; id <= 3; ++id) {
+        first.select();
+        Record r = sampleRecord(id, 1, 100 + id);
+        ASSERT_EQ(ISAM_OK, addRecord(a, r.data(), r.size(), nullptr));
+        second.select();
+        Record s = sampleRecord(id * 10, 2, 200 + id);
+        ASSERT_EQ(ISAM_OK, addRecord(b, s.data(), s.size(), nullptr));
+    }
+    first.select();
+    EXPECT_EQ((std::vector<std::uint32_t>{1, 2, 3}), walkIds(a, a + 1));
+    second.select();
+    EXPECT_EQ((std::vector<std::uint32_t>{10, 20, 30}), walkIds(b, b + 1));
+
+    // The same container cannot be opened twice at once.
+    ScopedInstance third;
+    EXPECT_EQ(ISAM_FILE_BUSY, openContainer(dir.file("a.Prj").c_str(), 582, nullptr));
+    first.select();
+    closeContainer();
+    second.select();
+    closeContainer();
+}
+
+class DamageTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        path_ = dir_.file("d.Prj");
+        ASSERT_EQ(ISAM_OK, createContainer(path_.c_str(), 582, 1024, nullptr));
+        FileNumber data = kNoFile;
+        ASSERT_EQ(ISAM_OK, createFile(sampleDefinition("d.Prj"), &data));
+        ASSERT_EQ(ISAM_OK, beginBatch());
+        for (std::uint32_t id = 1; id <= 2000; ++id) {
+            Record r = sampleRecord(id, id % 17, id, "record " + std::to_string(id));
+            ASSERT_EQ(ISAM_OK, addRecord(data, r.data(), r.size(), nullptr));
+        }
+        ASSERT_EQ(ISAM_OK, endBatch());
+        ASSERT_EQ(ISAM_OK, closeContainer());
+        size_ = fs::file_size(path_);
+    }
+    void TearDown() override {
+        instance_.select();
+        closeContainer();
+    }
+    int openAndRead() {
+        int rc = openContainer(path_.c_str(), 582, nullptr);
+        if (rc) return rc;
+        FileNumber data = kNoFile;
+        rc = openFile(sampleDefinition("d.Prj"), &data);
+        Position p = 0;
+        while (rc == ISAM_OK) rc = p == 0 ? firstRecord(data + 1, &p) : nextRecord(data + 1, &p);
+        closeContainer();
+        return rc == ISAM_NO_RECORD ? ISAM_OK : rc;
+    }
+
+    TempDir dir_;
+    ScopedInstance instance_;
+    std::string path_;
+    std::uintmax_t size_ = 0;
+};
+
+TEST_F(DamageTest, SoundFileOpensAndRebuilds) {
+    EXPECT_EQ(ISAM_OK, openAndRead());
+    EXPECT_EQ(ISAM_OK, rebuildContainer(path_.c_str(), ""));
+    EXPECT_EQ(ISAM_BAD_PARAMETER, rebuildContainer(path_.c_str(), "-x"));
+    EXPECT_EQ(ISAM_FILE_NOT_FOUND, rebuildContainer(dir_.file("none.Prj").c_str(), nullptr));
+    EXPECT_EQ(ISAM_OK, openAndRead());
+}
+
+TEST_F(DamageTest, TruncatedFileIsRefused) {
+    fs::resize_file(path_, size_ / 2);
+    EXPECT_EQ(ISAM_DAMAGED, openAndRead());
+    EXPECT_EQ(ISAM_DAMAGED, rebuildContainer(path_.c_str(), ""));
+}
+
+TEST_F(DamageTest, OverwrittenPagesAreRefused) {
+    overwrite(path_, size_ / 2, 8192, '\x55');
+    EXPECT_EQ(ISAM_DAMAGED, openAndRead());
+}
+
+TEST_F(DamageTest, OverwrittenHeaderIsRefused) {
+    overwrite(path_, 0, 100, 'x');
+    EXPECT_EQ(ISAM_DAMAGED, openAndRead());
+}
+
+TEST_F(DamageTest, FilesOfOtherKindsAreRefused) {
+    const std::string text = dir_.file("text.Prj");
+    std::ofstream(text) << "not a database at all, just some text that is long enough to matter\n";
+    EXPECT_EQ(ISAM_DAMAGED, openContainer(text.c_str(), 582, nullptr));
+    const std::string empty = dir_.file("empty.Prj");
+    std::ofstream{empty};
+    EXPECT_EQ(ISAM_DAMAGED, openContainer(empty.c_str(), 582, nullptr));
+    EXPECT_EQ(ISAM_NOT_OPEN, closeContainer());
+}
+
+TEST_F(DamageTest, RebuildOfAMemberRecomputesKeysUnderANewDefinition) {
+    ASSERT_EQ(ISAM_OK, openContainer(path_.c_str(), 582, nullptr));
+    // An extra index on Value, which the old definition did not have.
+    FileDefinition extended = sampleDefinition("d.Prj");
+    extended.indexes.push_back({"d.Prj!SampleI4.Qvi", 8, true, 64, 1024, {{8, 4, 1}}});
+    FileNumber data = kNoFile;
+    ASSERT_EQ(ISAM_OK, openFile(sampleDefinition("d.Prj"), &data));
+    EXPECT_EQ(ISAM_ALREADY_OPEN, rebuildFile(extended));
+    ASSERT_EQ(ISAM_OK, closeFile(data));
+    ASSERT_EQ(ISAM_OK, rebuildFile(extended));
+    EXPECT_EQ(ISAM_DEFINITION_MISMATCH, openFile(sampleDefinition("d.Prj"), &data));
+    ASSERT_EQ(ISAM_OK, openFile(extended, &data));
+    const std::uint32_t value = 1234;
+    Position p = 0;
+    ASSERT_EQ(ISAM_OK, findEqual(data + 4, &value, 4, &p));
+    EXPECT_EQ(1234u, u32At(readAt(data, p), 0));
+    EXPECT_EQ(2000u, walk(data + 4).size());
+    ASSERT_EQ(ISAM_OK, closeFile(data));
+
+    // Removing a member leaves the others and frees its names.
+    ASSERT_EQ(ISAM_OK, deleteFile(extended));
+    EXPECT_EQ(ISAM_FILE_NOT_FOUND, openFile(extended, &data));
+    EXPECT_EQ(ISAM_FILE_NOT_FOUND, deleteFile(extended));
+    ASSERT_EQ(ISAM_OK, createFile(sampleDefinition("d.Prj"), &data));
+    EXPECT_TRUE(walk(data + 1).empty());
+    closeContainer();
+}
+
+}  // namespace
+}  // namespace isamtest
