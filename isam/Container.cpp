@@ -255,6 +255,14 @@ int Container::catalogue(const std::string& table, std::string* signature, bool*
     return step == SQLITE_DONE ? ISAM_OK : fromSqlite(step);
 }
 
+int Container::closedMember(const std::string& table, std::string* signature) {
+    if (members_.count(table)) return ISAM_ALREADY_OPEN;
+    bool exists = false;
+    int rc = catalogue(table, signature, &exists);
+    if (rc) return rc;
+    return exists ? ISAM_OK : ISAM_FILE_NOT_FOUND;
+}
+
 int Container::storedLocales(const std::string& table, std::size_t indexes,
                              std::vector<std::uint32_t>* locales, std::uint32_t* dataLocale) {
     locales->assign(indexes, 0);
@@ -354,12 +362,9 @@ int Container::createMember(const FileDefinition& definition, Member** out) {
 int Container::openMember(const FileDefinition& definition, Member** out) {
     if (!isValidDefinition(definition)) return ISAM_BAD_PARAMETER;
     const std::string table = localName(definition.name);
-    if (members_.count(table)) return ISAM_ALREADY_OPEN;
     std::string signature;
-    bool exists = false;
-    int rc = catalogue(table, &signature, &exists);
+    int rc = closedMember(table, &signature);
     if (rc) return rc;
-    if (!exists) return ISAM_FILE_NOT_FOUND;
     if (signature != definitionSignature(definition)) return ISAM_DEFINITION_MISMATCH;
     std::vector<std::uint32_t> locales;
     std::uint32_t dataLocale = 0;
@@ -380,12 +385,9 @@ int Container::closeMember(Member* member) {
 int Container::deleteMember(const FileDefinition& definition) {
     const std::string table = localName(definition.name);
     if (table.empty()) return ISAM_BAD_PARAMETER;
-    if (members_.count(table)) return ISAM_ALREADY_OPEN;
     std::string signature;
-    bool exists = false;
-    int rc = catalogue(table, &signature, &exists);
+    int rc = closedMember(table, &signature);
     if (rc) return rc;
-    if (!exists) return ISAM_FILE_NOT_FOUND;
     resetAllCursors();
     Savepoint unit(db_);
     Statement forget;
@@ -458,12 +460,9 @@ int Container::recomputeKeys(const FileDefinition& definition,
 int Container::rebuildMember(const FileDefinition& definition) {
     if (!isValidDefinition(definition)) return ISAM_BAD_PARAMETER;
     const std::string table = localName(definition.name);
-    if (members_.count(table)) return ISAM_ALREADY_OPEN;
     std::string signature;
-    bool exists = false;
-    int rc = catalogue(table, &signature, &exists);
+    int rc = closedMember(table, &signature);
     if (rc) return rc;
-    if (!exists) return ISAM_FILE_NOT_FOUND;
 
     // The locales set on the indexes survive the rebuild; a new index starts at 0.
     std::vector<std::uint32_t> locales(definition.indexes.size(), 0);

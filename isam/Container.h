@@ -52,6 +52,8 @@ private:
 
     static int connect(const std::string& path, bool create, sqlite3** db);
     int catalogue(const std::string& table, std::string* signature, bool* exists);
+    // A member that exists and is not open, with its stored definition signature.
+    int closedMember(const std::string& table, std::string* signature);
     int storedLocales(const std::string& table, std::size_t indexes, std::vector<std::uint32_t>* locales,
                       std::uint32_t* dataLocale);
     int createIndexes(const FileDefinition& definition, const std::vector<std::uint32_t>& locales);
