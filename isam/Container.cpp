@@ -296,14 +296,6 @@ bool isValidDefinition(const FileDefinition& definition) {
     return true;
 }
 
-std::string indexSql(const std::string& table, const IndexDefinition& index, std::size_t i,
-                     std::uint32_t lcid) {
-    std::string sql = index.duplicates ? "CREATE INDEX " : "CREATE UNIQUE INDEX ";
-    sql += quoted(localName(index.name)) + " ON " + quoted(table) + "(k" + std::to_string(i + 1);
-    if (lcid && isLocaleOrdered(index)) sql += " COLLATE " + collationFor(lcid);
-    return sql + ")";
-}
-
 int insertCatalogue(sqlite3* db, const std::string& name, const std::string& member, int ordinal,
                     std::uint32_t locale, const std::string* signature) {
     Statement st;
@@ -325,7 +317,7 @@ int Container::createIndexes(const FileDefinition& definition,
                              const std::vector<std::uint32_t>& locales) {
     const std::string table = localName(definition.name);
     for (std::size_t i = 0; i < definition.indexes.size(); ++i) {
-        int rc = execute(db_, indexSql(table, definition.indexes[i], i, locales[i]));
+        int rc = execute(db_, createIndexSql(table, definition.indexes[i], i, locales[i]));
         if (rc) return rc;
         rc = insertCatalogue(db_, localName(definition.indexes[i].name), table, int(i) + 1,
                              locales[i], nullptr);
@@ -344,7 +336,7 @@ int Container::createMember(const FileDefinition& definition, Member** out) {
     if (exists) return ISAM_FILE_EXISTS;
 
     std::string sql = "CREATE TABLE " + quoted(table) + "(pos INTEGER PRIMARY KEY, rec BLOB NOT NULL";
-    for (std::size_t i = 0; i < definition.indexes.size(); ++i) sql += ", k" + std::to_string(i + 1);
+    for (std::size_t i = 0; i < definition.indexes.size(); ++i) sql += ", " + keyColumn(i);
     sql += ")";
     resetAllCursors();
     Savepoint unit(db_);
@@ -412,7 +404,7 @@ int Container::recomputeKeys(const FileDefinition& definition,
     if (rc || definition.indexes.empty()) return rc;
     std::string sql = "UPDATE " + quoted(table) + " SET ";
     for (std::size_t i = 0; i < definition.indexes.size(); ++i) {
-        sql += (i ? ", k" : "k") + std::to_string(i + 1) + " = ?" + std::to_string(i + 1);
+        sql += (i ? ", " : "") + keyColumn(i) + " = ?" + std::to_string(i + 1);
     }
     rc = update.prepare(db_, sql + " WHERE rowid = ?" + std::to_string(definition.indexes.size() + 1));
     if (rc) return rc;
@@ -503,10 +495,8 @@ int Container::rebuildMember(const FileDefinition& definition) {
         return rc;
     }
     // The table holds the position, the record and one key column per index.
-    for (std::int64_t k = columns - 1; k <= std::int64_t(definition.indexes.size()); ++k) {
-        if ((rc = execute(db_, "ALTER TABLE " + quoted(table) + " ADD COLUMN k" + std::to_string(k)))) {
-            return rc;
-        }
+    for (std::size_t i = std::size_t(columns) - 2; i < definition.indexes.size(); ++i) {
+        if ((rc = execute(db_, "ALTER TABLE " + quoted(table) + " ADD COLUMN " + keyColumn(i)))) return rc;
     }
     Statement forget;
     if ((rc = forget.prepare(db_, "DELETE FROM " + std::string(kCatalogue) +

@@ -17,21 +17,6 @@ std::string columnString(const Statement& st, int column) {
     return p ? std::string(reinterpret_cast<const char*>(p), st.columnSize(column)) : std::string();
 }
 
-std::string filterSql(const std::string& k, int filter) {
-    switch (filter) {
-        case 1: return " WHERE " + k + " >= ?1";
-        case 2: return " WHERE " + k + " > ?1";
-        case 3: return " WHERE " + k + " < ?1";
-        case 4: return " WHERE " + k + " <= ?1";
-        case 5: return " WHERE " + k + " = ?1";
-        case 6: return " WHERE " + k + " >= ?1 AND " + k + " < ?2";
-        case 7: return " WHERE " + k + " = ?1 AND rowid = ?2";
-        case 8: return " WHERE " + k + " = ?1 AND rowid >= ?2";
-        case 9: return " WHERE " + k + " = ?1 AND rowid < ?2";
-        default: return "";
-    }
-}
-
 }  // namespace
 
 std::string localName(const std::string& memberName) {
@@ -43,6 +28,16 @@ std::string collationFor(std::uint32_t lcid) {
     return lcid ? "qvb_lcid_" + std::to_string(lcid) : std::string();
 }
 
+std::string keyColumn(std::size_t index) { return "k" + std::to_string(index + 1); }
+
+std::string createIndexSql(const std::string& table, const IndexDefinition& index,
+                           std::size_t ordinal, std::uint32_t lcid) {
+    std::string sql = index.duplicates ? "CREATE INDEX " : "CREATE UNIQUE INDEX ";
+    sql += quoted(localName(index.name)) + " ON " + quoted(table) + "(" + keyColumn(ordinal);
+    if (lcid && isLocaleOrdered(index)) sql += " COLLATE " + collationFor(lcid);
+    return sql + ")";
+}
+
 Member::Member(sqlite3* db, FileDefinition definition, std::vector<std::uint32_t> indexLocales,
                std::uint32_t dataLocale)
     : db_(db), definition_(std::move(definition)), dataLocale_(dataLocale) {
@@ -51,7 +46,7 @@ Member::Member(sqlite3* db, FileDefinition definition, std::vector<std::uint32_t
     for (std::size_t i = 0; i < indexes_.size(); ++i) {
         indexes_[i].definition = definition_.indexes[i];
         indexes_[i].locale = i < indexLocales.size() ? indexLocales[i] : 0;
-        indexes_[i].column = "k" + std::to_string(i + 1);
+        indexes_[i].column = keyColumn(i);
     }
 }
 
@@ -61,20 +56,35 @@ bool Member::collated(const IndexState& ix) const {
     return ix.locale != 0 && isLocaleOrdered(ix.definition);
 }
 
+std::string Member::keyExpression(const IndexState& ix) const {
+    return collated(ix) ? ix.column + " COLLATE " + collationFor(ix.locale) : ix.column;
+}
+
+std::string Member::whereClause(const std::string& k, Filter filter) {
+    switch (filter) {
+        case kGe: return " WHERE " + k + " >= ?1";
+        case kGt: return " WHERE " + k + " > ?1";
+        case kLt: return " WHERE " + k + " < ?1";
+        case kLe: return " WHERE " + k + " <= ?1";
+        case kEq: return " WHERE " + k + " = ?1";
+        case kRange: return " WHERE " + k + " >= ?1 AND " + k + " < ?2";
+        case kEqRow: return " WHERE " + k + " = ?1 AND rowid = ?2";
+        case kEqRowGe: return " WHERE " + k + " = ?1 AND rowid >= ?2";
+        case kEqRowLt: return " WHERE " + k + " = ?1 AND rowid < ?2";
+        default: return "";
+    }
+}
+
 std::string Member::orderClause(const IndexState& ix, bool descending) const {
     const std::string direction = descending ? " DESC" : "";
-    std::string key = ix.column;
-    if (collated(ix)) key += " COLLATE " + collationFor(ix.locale);
-    return " ORDER BY " + key + direction + ", rowid" + direction;
+    return " ORDER BY " + keyExpression(ix) + direction + ", rowid" + direction;
 }
 
 int Member::statement(IndexState& ix, Shape shape, Filter filter, Statement** out) {
     Statement& st = ix.statements[shape][filter];
     *out = &st;
     if (st.prepared()) return ISAM_OK;
-    std::string key = ix.column;
-    if (collated(ix)) key += " COLLATE " + collationFor(ix.locale);
-    const std::string from = " FROM " + quoted(table_) + filterSql(key, filter);
+    const std::string from = " FROM " + quoted(table_) + whereClause(keyExpression(ix), filter);
     std::string sql;
     switch (shape) {
         case kAscending:
@@ -532,16 +542,13 @@ int Member::setIndexLocale(std::size_t index, std::uint32_t lcid) {
     for (auto& shape : ix.statements) {
         for (Statement& st : shape) st = Statement();
     }
-    const std::string indexName = quoted(localName(ix.definition.name));
     const std::string cast = collated(ix) ? "TEXT" : "BLOB";
-    std::string create = "CREATE INDEX " + indexName + " ON " + quoted(table_) + "(" + ix.column;
-    if (collated(ix)) create += " COLLATE " + collationFor(lcid);
-    int rc = execute(db_, "DROP INDEX IF EXISTS " + indexName);
+    int rc = execute(db_, "DROP INDEX IF EXISTS " + quoted(localName(ix.definition.name)));
     if (!rc) {
         rc = execute(db_, "UPDATE " + quoted(table_) + " SET " + ix.column + " = CAST(" + ix.column +
                               " AS " + cast + ")");
     }
-    if (!rc) rc = execute(db_, create + ")");
+    if (!rc) rc = execute(db_, createIndexSql(table_, ix.definition, index, lcid));
     if (rc) ix.locale = previous;
     return rc;
 }

@@ -23,6 +23,12 @@ std::string localName(const std::string& memberName);
 // The collation that orders a locale-ordered index, "" for byte order.
 std::string collationFor(std::uint32_t lcid);
 
+// The key column of the index with that 0-based number, and the statement that
+// creates the index on it.
+std::string keyColumn(std::size_t index);
+std::string createIndexSql(const std::string& table, const IndexDefinition& index,
+                           std::size_t ordinal, std::uint32_t lcid);
+
 class Member {
 public:
     Member(sqlite3* db, FileDefinition definition, std::vector<std::uint32_t> indexLocales,
@@ -120,6 +126,9 @@ private:
     };
 
     bool collated(const IndexState& ix) const;
+    // The key column, with the index's collation when it has one.
+    std::string keyExpression(const IndexState& ix) const;
+    static std::string whereClause(const std::string& key, Filter filter);
     std::string orderClause(const IndexState& ix, bool descending) const;
     int statement(IndexState& ix, Shape shape, Filter filter, Statement** out);
     void bindKey(const IndexState& ix, Statement& st, int slot, const std::string& key) const;
