@@ -170,6 +170,9 @@ int Container::close() {
     if (!db_) return ISAM_OK;
     int rc = commit();
     members_.clear();
+    begin_ = Statement();
+    commit_ = Statement();
+    rollback_ = Statement();
     const int closed = fromSqlite(sqlite3_close_v2(db_));
     db_ = nullptr;
     return rc ? rc : closed;
@@ -177,25 +180,35 @@ int Container::close() {
 
 // ---- Transactions --------------------------------------------------------------------
 
+int Container::runOnce(Statement& st, const char* sql) {
+    if (!st.prepared()) {
+        int rc = st.prepare(db_, sql);
+        if (rc) return rc;
+    }
+    const int step = st.step();
+    st.reset();
+    return step == SQLITE_DONE ? ISAM_OK : fromSqlite(step);
+}
+
 int Container::ensureTransaction() {
     if (!sqlite3_get_autocommit(db_)) return ISAM_OK;
-    return execute(db_, "BEGIN");
+    return runOnce(begin_, "BEGIN");
 }
 
 void Container::resetAllCursors() {
-    for (auto& entry : members_) entry.second->resetCursors();
+    for (auto& entry : members_) entry.second->releaseReaders();
 }
 
 int Container::commit() {
     if (sqlite3_get_autocommit(db_)) return ISAM_OK;
     resetAllCursors();
-    return execute(db_, "COMMIT");
+    return runOnce(commit_, "COMMIT");
 }
 
 int Container::rollback() {
     if (sqlite3_get_autocommit(db_)) return ISAM_OK;
     resetAllCursors();
-    int rc = execute(db_, "ROLLBACK");
+    int rc = runOnce(rollback_, "ROLLBACK");
     if (rc) return rc;
     // Schema changes were undone too: a member created inside the rolled-back work
     // is gone, and locales set inside it are back at their earlier values.
@@ -290,6 +303,7 @@ namespace {
 bool isValidDefinition(const FileDefinition& definition) {
     const std::string table = localName(definition.name);
     if (table.empty() || table.rfind("sqlite_", 0) == 0 || table.rfind("qvb_", 0) == 0) return false;
+    if (definition.indexes.size() > kMostIndexes) return false;
     for (const IndexDefinition& index : definition.indexes) {
         if (!isValidIndex(definition, index) || localName(index.name).empty()) return false;
     }
@@ -369,7 +383,7 @@ int Container::openMember(const FileDefinition& definition, Member** out) {
 }
 
 int Container::closeMember(Member* member) {
-    member->resetCursors();
+    member->releaseReaders();
     members_.erase(member->table());
     return ISAM_OK;
 }

@@ -10,6 +10,7 @@
 
 #include "isam/Isam.h"
 #include "isam/Member.h"
+#include "isam/Sql.h"
 
 namespace isam {
 
@@ -17,7 +18,7 @@ namespace isam {
 struct StorageTuning {
     int pageSize = 4096;
     int cacheKiB = 16384;
-    int checkpointPages = 4000;
+    int checkpointPages = 10000;
 };
 StorageTuning& storageTuning();
 
@@ -59,8 +60,11 @@ private:
     int createIndexes(const FileDefinition& definition, const std::vector<std::uint32_t>& locales);
     int recomputeKeys(const FileDefinition& definition, const std::vector<std::uint32_t>& locales);
     void resetAllCursors();
+    // Runs a statement without results, preparing it on first use.
+    int runOnce(Statement& st, const char* sql);
 
     sqlite3* db_;
+    Statement begin_, commit_, rollback_;
     std::map<std::string, std::unique_ptr<Member>> members_;
 };
 

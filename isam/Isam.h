@@ -39,6 +39,8 @@ using FileNumber = std::uint16_t;
 using Position = std::uint32_t;
 
 constexpr FileNumber kNoFile = 65535;
+// A member has at most this many indexes.
+constexpr std::size_t kMostIndexes = 32;
 
 enum SegmentMode : std::uint16_t {
     kSegmentFixed = 1,

@@ -50,6 +50,8 @@ Member::Member(sqlite3* db, FileDefinition definition, std::vector<std::uint32_t
     }
 }
 
+Member::~Member() { closeBlob(); }
+
 // ---- Queries ----------------------------------------------------------------------
 
 bool Member::collated(const IndexState& ix) const {
@@ -208,7 +210,9 @@ int Member::anchorFromCurrent(std::size_t index) {
     IndexState& ix = indexes_[index];
     if (!hasCurrent_) return ISAM_NO_CURRENT_RECORD;
     if (ix.anchorValid && ix.anchorRow == current_) return ISAM_OK;
-    int rc = simple(ix.keyOf, "SELECT " + ix.column + " FROM " + quoted(table_) + " WHERE rowid = ?1");
+    int rc = prepareOnce(ix.keyOf, [&] {
+        return "SELECT " + ix.column + " FROM " + quoted(table_) + " WHERE rowid = ?1";
+    });
     if (rc) return rc;
     ix.keyOf.reset();
     ix.keyOf.bindInt(1, current_);
@@ -365,15 +369,49 @@ int Member::fetchByPrefix(std::size_t index, const void* prefix, std::size_t len
 
 // ---- Records ------------------------------------------------------------------------------
 
-int Member::simple(Statement& st, const std::string& sql) {
-    if (st.prepared()) return ISAM_OK;
-    return st.prepare(db_, sql);
+
+void Member::closeBlob() {
+    if (blob_) sqlite3_blob_close(blob_);
+    blob_ = nullptr;
+}
+
+void Member::releaseReaders() {
+    resetCursors();
+    closeBlob();
+}
+
+// False when the blob reader cannot serve the read; the statement path then gives
+// the precise answer (no such record, or the error).
+bool Member::readByBlob(Position position, void* buffer, std::size_t capacity, std::size_t* length,
+                        int* rc) {
+    const int opened =
+        blob_ ? sqlite3_blob_reopen(blob_, position)
+              : sqlite3_blob_open(db_, "main", table_.c_str(), "rec", position, 0, &blob_);
+    if (opened != SQLITE_OK) {
+        closeBlob();
+        return false;
+    }
+    const std::size_t n = static_cast<std::size_t>(sqlite3_blob_bytes(blob_));
+    if (n && n <= capacity && sqlite3_blob_read(blob_, buffer, int(n), 0) != SQLITE_OK) {
+        closeBlob();
+        return false;
+    }
+    hasCurrent_ = true;
+    current_ = position;
+    recordSource_ = nullptr;
+    *length = n;
+    *rc = n > capacity ? ISAM_BUFFER_TOO_SHORT : ISAM_OK;
+    return true;
 }
 
 int Member::read(Position position, void* buffer, std::size_t capacity, std::size_t* length) {
     Statement* source = recordSource_;
     if (!(source && hasCurrent_ && current_ == position)) {
-        int rc = simple(read_, "SELECT rowid, NULL, rec FROM " + quoted(table_) + " WHERE rowid = ?1");
+        int rc = ISAM_OK;
+        if (readByBlob(position, buffer, capacity, length, &rc)) return rc;
+        rc = prepareOnce(read_, [&] {
+            return "SELECT rowid, NULL, rec FROM " + quoted(table_) + " WHERE rowid = ?1";
+        });
         if (rc) return rc;
         read_.reset();
         read_.bindInt(1, position);
@@ -421,13 +459,15 @@ int Member::add(const void* record, std::size_t length, Position* position) {
     std::vector<std::string> keys;
     int rc = buildKeys(record, length, &keys);
     if (rc) return rc;
-    std::string sql = "INSERT INTO " + quoted(table_) + "(rec";
-    std::string values = ") VALUES(?1";
-    for (std::size_t i = 0; i < indexes_.size(); ++i) {
-        sql += ", " + indexes_[i].column;
-        values += ", ?" + std::to_string(i + 2);
-    }
-    rc = simple(insert_, sql + values + ")");
+    rc = prepareOnce(insert_, [&] {
+        std::string sql = "INSERT INTO " + quoted(table_) + "(rec";
+        std::string values = ") VALUES(?1";
+        for (std::size_t i = 0; i < indexes_.size(); ++i) {
+            sql += ", " + indexes_[i].column;
+            values += ", ?" + std::to_string(i + 2);
+        }
+        return sql + values + ")";
+    });
     if (rc) return rc;
     resetCursors();
     insert_.reset();
@@ -451,24 +491,58 @@ int Member::add(const void* record, std::size_t length, Position* position) {
     return ISAM_OK;
 }
 
+// The keys of the current record as stored, when they are at hand without a query.
+bool Member::currentKeys(std::vector<std::string>* keys) const {
+    if (!hasCurrent_) return false;
+    bool anchored = true;
+    for (const IndexState& ix : indexes_) {
+        anchored = anchored && ix.anchorValid && ix.anchorRow == current_;
+    }
+    if (anchored) {
+        keys->clear();
+        for (const IndexState& ix : indexes_) keys->push_back(ix.anchorKey);
+        return true;
+    }
+    if (!recordSource_ || recordSource_->columnInt(kRowColumn) != current_) return false;
+    return buildKeys(recordSource_->columnBytes(kRecordColumn),
+                     recordSource_->columnSize(kRecordColumn), keys) == ISAM_OK;
+}
+
 int Member::rewrite(const void* record, std::size_t length) {
     if (!hasCurrent_) return ISAM_NO_CURRENT_RECORD;
     std::vector<std::string> keys;
     int rc = buildKeys(record, length, &keys);
     if (rc) return rc;
-    std::string sql = "UPDATE " + quoted(table_) + " SET rec = ?1";
-    for (std::size_t i = 0; i < indexes_.size(); ++i) {
-        sql += ", " + indexes_[i].column + " = ?" + std::to_string(i + 2);
+    // SQLite rewrites the entry of every index whose column is assigned, changed or
+    // not, so only the key columns that change are assigned.
+    const std::size_t n = indexes_.size();
+    const std::uint32_t all = n == 32 ? ~0u : (1u << n) - 1;
+    std::uint32_t changed = all;
+    std::vector<std::string> old;
+    if (currentKeys(&old)) {
+        changed = 0;
+        for (std::size_t i = 0; i < n; ++i) {
+            if (old[i] != keys[i]) changed |= 1u << i;
+        }
     }
-    rc = simple(update_, sql + " WHERE rowid = ?" + std::to_string(indexes_.size() + 2));
+    Statement& update = updates_[changed];
+    rc = prepareOnce(update, [&] {
+        std::string sql = "UPDATE " + quoted(table_) + " SET rec = ?1";
+        for (std::size_t i = 0; i < n; ++i) {
+            if (changed >> i & 1) sql += ", " + indexes_[i].column + " = ?" + std::to_string(i + 2);
+        }
+        return sql + " WHERE rowid = ?" + std::to_string(n + 2);
+    });
     if (rc) return rc;
     resetCursors();
-    update_.reset();
-    update_.bindBlob(1, record, length);
-    for (std::size_t i = 0; i < indexes_.size(); ++i) bindKey(indexes_[i], update_, int(i) + 2, keys[i]);
-    update_.bindInt(int(indexes_.size()) + 2, current_);
-    int step = update_.step();
-    update_.reset();
+    update.reset();
+    update.bindBlob(1, record, length);
+    for (std::size_t i = 0; i < n; ++i) {
+        if (changed >> i & 1) bindKey(indexes_[i], update, int(i) + 2, keys[i]);
+    }
+    update.bindInt(int(n) + 2, current_);
+    int step = update.step();
+    update.reset();
     if (step != SQLITE_DONE) return fromSqlite(step);
     if (sqlite3_changes(db_) == 0) return ISAM_NO_CURRENT_RECORD;
     anchorAll(keys, current_);
@@ -477,9 +551,11 @@ int Member::rewrite(const void* record, std::size_t length) {
 
 int Member::remove() {
     if (!hasCurrent_) return ISAM_NO_CURRENT_RECORD;
-    std::string sql = "DELETE FROM " + quoted(table_) + " WHERE rowid = ?1 RETURNING rowid";
-    for (const IndexState& ix : indexes_) sql += ", " + ix.column;
-    int rc = simple(delete_, sql);
+    int rc = prepareOnce(delete_, [&] {
+        std::string sql = "DELETE FROM " + quoted(table_) + " WHERE rowid = ?1 RETURNING rowid";
+        for (const IndexState& ix : indexes_) sql += ", " + ix.column;
+        return sql;
+    });
     if (rc) return rc;
     resetCursors();
     delete_.reset();

@@ -7,6 +7,7 @@
 
 #include <array>
 #include <cstdint>
+#include <map>
 #include <string>
 #include <vector>
 
@@ -33,6 +34,9 @@ class Member {
 public:
     Member(sqlite3* db, FileDefinition definition, std::vector<std::uint32_t> indexLocales,
            std::uint32_t dataLocale);
+    ~Member();
+    Member(const Member&) = delete;
+    Member& operator=(const Member&) = delete;
 
     const FileDefinition& definition() const { return definition_; }
     const std::string& table() const { return table_; }
@@ -72,6 +76,9 @@ public:
 
     // Drops every pending statement position (before writes, commits and schema changes).
     void resetCursors();
+    // Also lets go of the record reader, which would keep a transaction or the
+    // schema busy (before commits, rollbacks and schema changes).
+    void releaseReaders();
 
     // After a rollback: the member's table may be gone (stale) or its index locales
     // back at their earlier values.
@@ -142,8 +149,16 @@ private:
     Bound prefixBound(const IndexState& ix, const SearchKey& key) const;
 
     int buildKeys(const void* record, std::size_t length, std::vector<std::string>* keys) const;
+    bool currentKeys(std::vector<std::string>* keys) const;
+    bool readByBlob(Position position, void* buffer, std::size_t capacity, std::size_t* length,
+                    int* rc);
+    void closeBlob();
     void anchorAll(const std::vector<std::string>& keys, std::int64_t row);
-    int simple(Statement& st, const std::string& sql);
+    // Prepares a statement on first use; the SQL text is built only then.
+    template <typename MakeSql>
+    int prepareOnce(Statement& st, MakeSql makeSql) {
+        return st.prepared() ? ISAM_OK : st.prepare(db_, makeSql());
+    }
     int resourceStatement(Statement& st, const std::string& sql);
 
     sqlite3* db_;
@@ -157,7 +172,12 @@ private:
     std::int64_t current_ = 0;
     Statement* recordSource_ = nullptr;  // holds the current record in its column 2
 
-    Statement insert_, update_, delete_, read_;
+    Statement insert_, delete_, read_;
+    // UPDATE statements by the set of key columns they write (bit i: index i).
+    std::map<std::uint32_t, Statement> updates_;
+    // Reads records by position: moving it to another row is a seek, not a new
+    // statement execution.
+    sqlite3_blob* blob_ = nullptr;
     Statement resourceInsert_, resourceReplace_, resourceRead_, resourceDelete_;
 };
 

@@ -85,6 +85,49 @@ TEST_F(RecordTest, RewriteMovesOnlyTheChangedKey) {
     EXPECT_EQ(changed.bytes(), readAt(data_, p));
 }
 
+TEST_F(RecordTest, RewritesKeepEveryIndexRightHoweverTheRecordWasReached) {
+    const Position a = add(1, 10, 0, "first");
+    const Position b = add(2, 20, 0, "second");
+    // Reached by position, by an add, and by a search on another index.
+    readAt(data_, a);
+    Record r1 = sampleRecord(1, 11, 0, "first, renamed");
+    ASSERT_EQ(ISAM_OK, rewriteRecord(data_, r1.data(), r1.size()));
+    Record r3 = sampleRecord(3, 30, 0, "third");
+    Position c = 0;
+    ASSERT_EQ(ISAM_OK, addRecord(data_, r3.data(), r3.size(), &c));
+    Record r3b = sampleRecord(3, 31, 0, "third");
+    ASSERT_EQ(ISAM_OK, rewriteRecord(data_, r3b.data(), r3b.size()));
+    Position p = 0;
+    ASSERT_EQ(ISAM_OK, findText(indexOf(data_, 3), "second", SearchMode::Equal, &p));
+    Record r2 = sampleRecord(4, 20, 0, "second");
+    ASSERT_EQ(ISAM_OK, rewriteRecord(data_, r2.data(), r2.size()));
+
+    EXPECT_EQ((std::vector<Position>{a, c, b}), walk(indexOf(data_, 1)));  // ids 1, 3, 4
+    EXPECT_EQ((std::vector<Position>{a, b, c}), walk(indexOf(data_, 2)));  // groups 11, 20, 31
+    EXPECT_EQ((std::vector<Position>{a, b, c}), walk(indexOf(data_, 3)));  // names
+    for (std::uint32_t group : {10u, 30u}) {
+        std::uint32_t count = 0;
+        EXPECT_EQ(ISAM_NO_RECORD, countByPrefix(indexOf(data_, 2), &group, 4, &count));
+    }
+}
+
+TEST_F(RecordTest, ReadsInsideABatchSeeTheBatchsOwnWrites) {
+    ASSERT_EQ(ISAM_OK, beginBatch());
+    const Position p = add(1, 1, 1, "before");
+    const Position q = add(2, 2, 2, "other");
+    EXPECT_EQ("before", textAt(readAt(data_, p), kSampleFixed, 0));
+    Record changed = sampleRecord(1, 1, 1, "after");
+    ASSERT_EQ(ISAM_OK, rewriteRecord(data_, changed.data(), changed.size()));
+    EXPECT_EQ("other", textAt(readAt(data_, q), kSampleFixed, 0));
+    EXPECT_EQ("after", textAt(readAt(data_, p), kSampleFixed, 0));
+    ASSERT_EQ(ISAM_OK, deleteRecord(data_));
+    std::size_t length = 0;
+    unsigned char buffer[64];
+    EXPECT_EQ(ISAM_NO_RECORD, readRecord(data_, p, buffer, sizeof buffer, &length));
+    ASSERT_EQ(ISAM_OK, endBatch());
+    EXPECT_EQ(ISAM_NO_RECORD, readRecord(data_, p, buffer, sizeof buffer, &length));
+}
+
 TEST_F(RecordTest, DeleteRemovesEveryKey) {
     add(1, 10, 0, "keep");
     const Position gone = add(2, 10, 0, "gone");
