@@ -213,6 +213,30 @@ TEST_F(DamageTest, SoundFileOpensAndRebuilds) {
     EXPECT_EQ(ISAM_OK, openAndRead());
 }
 
+TEST_F(DamageTest, RebuildCompactsTheFileAndKeepsEveryRecord) {
+    ASSERT_EQ(ISAM_OK, openContainer(path_.c_str(), 582, nullptr));
+    FileNumber data = kNoFile;
+    ASSERT_EQ(ISAM_OK, openFile(sampleDefinition("d.Prj"), &data));
+    ASSERT_EQ(ISAM_OK, beginBatch());
+    for (std::uint32_t id = 1; id <= 2000; id += 2) {
+        Position p = 0;
+        ASSERT_EQ(ISAM_OK, findEqual(data + 1, &id, 4, &p));
+        ASSERT_EQ(ISAM_OK, deleteRecord(data));
+    }
+    ASSERT_EQ(ISAM_OK, endBatch());
+    ASSERT_EQ(ISAM_OK, closeContainer());
+    const std::uintmax_t before = fs::file_size(path_);
+
+    ASSERT_EQ(ISAM_OK, rebuildContainer(path_.c_str(), ""));
+    EXPECT_LT(fs::file_size(path_), before);
+    ASSERT_EQ(ISAM_OK, openContainer(path_.c_str(), 582, nullptr));
+    ASSERT_EQ(ISAM_OK, openFile(sampleDefinition("d.Prj"), &data));
+    const std::vector<std::uint32_t> ids = walkIds(data, data + 1);
+    ASSERT_EQ(1000u, ids.size());
+    EXPECT_EQ(2u, ids.front());
+    EXPECT_EQ(2000u, ids.back());
+}
+
 TEST_F(DamageTest, TruncatedFileIsRefused) {
     fs::resize_file(path_, size_ / 2);
     EXPECT_EQ(ISAM_DAMAGED, openAndRead());
