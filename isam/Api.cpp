@@ -29,19 +29,27 @@ int instanceOf(Instance** out) {
     return ISAM_OK;
 }
 
+// Runs a body on the selected, initialised instance.
+template <typename Body>
+int onInstance(Body body) {
+    return guarded([&] {
+        Instance* instance = nullptr;
+        int rc = instanceOf(&instance);
+        return rc ? rc : body(*instance);
+    });
+}
+
 // Runs a body on the open container, inside its transaction; a write is
 // committed unless a batch is open.
 template <typename Body>
 int onContainer(bool write, Body body) {
-    return guarded([&] {
-        Instance* instance = nullptr;
-        int rc = instanceOf(&instance);
-        if (rc) return rc;
-        Container* container = instance->container();
+    return onInstance([&](Instance& instance) {
+        Container* container = instance.container();
         if (!container) return ISAM_NOT_OPEN;
-        if ((rc = container->ensureTransaction())) return rc;
-        rc = body(*instance, *container);
-        if (write && instance->batchDepth() == 0 && instance->container()) {
+        int rc = container->ensureTransaction();
+        if (rc) return rc;
+        rc = body(instance, *container);
+        if (write && instance.batchDepth() == 0 && instance.container()) {
             const int committed = container->commit();
             if (!rc) rc = committed;
         }
@@ -102,41 +110,22 @@ constexpr std::uint16_t kContainerMode = 582;
 }  // namespace
 
 int createContainer(const char* path, std::uint16_t mode, std::uint32_t /*extent*/, FileNumber* file) {
-    return guarded([&] {
-        Instance* instance = nullptr;
-        int rc = instanceOf(&instance);
-        if (rc) return rc;
-        if (!path || mode != kContainerMode) return ISAM_BAD_PARAMETER;
-        return instance->createContainer(path, file);
-    });
+    if (!path || mode != kContainerMode) return ISAM_BAD_PARAMETER;
+    return onInstance([&](Instance& instance) { return instance.attachContainer(path, true, file); });
 }
 
 int openContainer(const char* path, std::uint16_t mode, FileNumber* file) {
-    return guarded([&] {
-        Instance* instance = nullptr;
-        int rc = instanceOf(&instance);
-        if (rc) return rc;
-        if (!path || mode != kContainerMode) return ISAM_BAD_PARAMETER;
-        return instance->openContainer(path, file);
-    });
+    if (!path || mode != kContainerMode) return ISAM_BAD_PARAMETER;
+    return onInstance([&](Instance& instance) { return instance.attachContainer(path, false, file); });
 }
 
 int closeContainer() {
-    return guarded([&] {
-        Instance* instance = nullptr;
-        int rc = instanceOf(&instance);
-        return rc ? rc : instance->closeContainer();
-    });
+    return onInstance([&](Instance& instance) { return instance.closeContainer(); });
 }
 
 int rebuildContainer(const char* path, const char* parameters) {
-    return guarded([&] {
-        Instance* instance = nullptr;
-        int rc = instanceOf(&instance);
-        if (rc) return rc;
-        if (!path || (parameters && *parameters)) return ISAM_BAD_PARAMETER;
-        return Container::rebuild(path);
-    });
+    if (!path || (parameters && *parameters)) return ISAM_BAD_PARAMETER;
+    return onInstance([&](Instance&) { return Container::rebuild(path); });
 }
 
 // ---- Members ---------------------------------------------------------------------------
@@ -285,33 +274,24 @@ int deleteResource(FileNumber dataFile, std::uint32_t type, std::uint32_t number
 // ---- Batches ----------------------------------------------------------------------------------
 
 int beginBatch() {
-    return guarded([&] {
-        Instance* instance = nullptr;
-        int rc = instanceOf(&instance);
-        if (rc) return rc;
-        ++instance->batchDepth();
+    return onInstance([&](Instance& instance) {
+        ++instance.batchDepth();
         return ISAM_OK;
     });
 }
 
 int endBatch() {
-    return guarded([&] {
-        Instance* instance = nullptr;
-        int rc = instanceOf(&instance);
-        if (rc) return rc;
-        if (instance->batchDepth() == 0) return ISAM_NO_BATCH;
-        if (--instance->batchDepth() > 0 || !instance->container()) return ISAM_OK;
-        return instance->container()->commit();
+    return onInstance([&](Instance& instance) {
+        if (instance.batchDepth() == 0) return ISAM_NO_BATCH;
+        if (--instance.batchDepth() > 0 || !instance.container()) return ISAM_OK;
+        return instance.container()->commit();
     });
 }
 
 int abortBatch() {
-    return guarded([&] {
-        Instance* instance = nullptr;
-        int rc = instanceOf(&instance);
-        if (rc) return rc;
-        if (instance->batchDepth() == 0) return ISAM_NO_BATCH;
-        return instance->container() ? instance->container()->rollback() : ISAM_OK;
+    return onInstance([&](Instance& instance) {
+        if (instance.batchDepth() == 0) return ISAM_NO_BATCH;
+        return instance.container() ? instance.container()->rollback() : ISAM_OK;
     });
 }
 

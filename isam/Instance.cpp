@@ -32,23 +32,13 @@ void Instance::releaseAll() {
     for (Slot& slot : slots_) slot = Slot{};
 }
 
-int Instance::createContainer(const std::string& path, FileNumber* file) {
+int Instance::attachContainer(const std::string& path, bool create, FileNumber* file) {
     if (container_) return ISAM_ALREADY_OPEN;
     FileNumber number = 0;
     int rc = allocate(1, &number);
     if (rc) return rc;
-    if ((rc = Container::create(path, &container_))) return rc;
-    slots_[number].used = true;
-    if (file) *file = number;
-    return ISAM_OK;
-}
-
-int Instance::openContainer(const std::string& path, FileNumber* file) {
-    if (container_) return ISAM_ALREADY_OPEN;
-    FileNumber number = 0;
-    int rc = allocate(1, &number);
+    rc = create ? Container::create(path, &container_) : Container::open(path, &container_);
     if (rc) return rc;
-    if ((rc = Container::open(path, &container_))) return rc;
     slots_[number].used = true;
     if (file) *file = number;
     return ISAM_OK;

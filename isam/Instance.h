@@ -21,8 +21,8 @@ public:
     int initialise(int files);
 
     Container* container() const { return container_.get(); }
-    int createContainer(const std::string& path, FileNumber* file);
-    int openContainer(const std::string& path, FileNumber* file);
+    // Creates or opens the instance's one container.
+    int attachContainer(const std::string& path, bool create, FileNumber* file);
     int closeContainer();
 
     int createMember(const FileDefinition& definition, FileNumber* dataFile);
