@@ -19,6 +19,10 @@ constexpr int kFormatVersion = 1;
 constexpr const char* kCatalogue = "qvb_files";
 constexpr int kRebuildBatch = 1000;
 
+// An existing file that SQLite cannot even set up or check (an unknown format
+// version in a damaged header, say) is a damaged container, not an engine fault.
+int asDamage(int rc) { return rc == ISAM_INTERNAL ? ISAM_DAMAGED : rc; }
+
 bool fileExists(const std::string& path) {
     struct stat st;
     return ::stat(path.c_str(), &st) == 0;
@@ -144,7 +148,7 @@ int Container::open(const std::string& path, std::unique_ptr<Container>* out) {
     if (!rc) rc = integrity(db, "PRAGMA quick_check(1)");
     if (rc) {
         sqlite3_close_v2(db);
-        return rc;
+        return asDamage(rc);
     }
     out->reset(new Container(db));
     return ISAM_OK;
@@ -163,7 +167,7 @@ int Container::rebuild(const std::string& path) {
     }
     if (!rc) rc = execute(db, "VACUUM");
     const int closed = fromSqlite(sqlite3_close_v2(db));
-    return rc ? rc : closed;
+    return asDamage(rc ? rc : closed);
 }
 
 int Container::close() {

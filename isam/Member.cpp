@@ -249,9 +249,7 @@ int Member::next(std::size_t index, Position* position) {
         return seekAfterAnchor(index, position);
     }
     int rc = anchorFromCurrent(index);
-    if (rc) return rc;
-    rc = seekAfterAnchor(index, position);
-    return rc;
+    return rc ? rc : seekAfterAnchor(index, position);
 }
 
 int Member::findEqual(std::size_t index, const void* key, std::size_t length, Position* position) {
