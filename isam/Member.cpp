@@ -629,28 +629,34 @@ int Member::setIndexLocale(std::size_t index, std::uint32_t lcid) {
 
 // ---- Resources ------------------------------------------------------------------------------
 
-int Member::resourceStatement(Statement& st, const std::string& sql) {
-    if (st.prepared()) return ISAM_OK;
-    int rc = execute(db_, "CREATE TABLE IF NOT EXISTS " + quoted(table_ + "$res") +
-                              "(type INTEGER, number INTEGER, data BLOB NOT NULL,"
-                              " PRIMARY KEY(type, number)) WITHOUT ROWID");
-    if (rc) return rc;
-    return st.prepare(db_, sql);
+// Prepares a resource statement (the side table is made on first use) and binds
+// the resource's type and number as ?1 and ?2. The statement text is built only
+// when it is first prepared.
+int Member::resourceStatement(Statement& st, const char* head, const char* tail,
+                              std::uint32_t type, std::uint32_t number) {
+    if (!st.prepared()) {
+        const std::string resources = quoted(table_ + "$res");
+        int rc = execute(db_, "CREATE TABLE IF NOT EXISTS " + resources +
+                                  "(type INTEGER, number INTEGER, data BLOB NOT NULL,"
+                                  " PRIMARY KEY(type, number)) WITHOUT ROWID");
+        if (!rc) rc = st.prepare(db_, head + resources + tail);
+        if (rc) return rc;
+    }
+    st.reset();
+    st.bindInt(1, type);
+    st.bindInt(2, number);
+    return ISAM_OK;
 }
 
 int Member::addResource(std::uint32_t type, std::uint32_t number, const void* data,
                         std::size_t length, bool replace) {
     if (!data && length) return ISAM_BAD_PARAMETER;
     Statement& st = replace ? resourceReplace_ : resourceInsert_;
-    const std::string verb = replace ? "INSERT OR REPLACE" : "INSERT";
-    int rc = resourceStatement(st, verb + " INTO " + quoted(table_ + "$res") +
-                                       "(type, number, data) VALUES(?1, ?2, ?3)");
+    int rc = resourceStatement(st, replace ? "INSERT OR REPLACE INTO " : "INSERT INTO ",
+                               "(type, number, data) VALUES(?1, ?2, ?3)", type, number);
     if (rc) return rc;
-    st.reset();
-    st.bindInt(1, type);
-    st.bindInt(2, number);
     st.bindBlob(3, data, length);
-    int step = st.step();
+    const int step = st.step();
     st.reset();
     if ((step & 0xff) == SQLITE_CONSTRAINT) return ISAM_RESOURCE_EXISTS;
     return step == SQLITE_DONE ? ISAM_OK : fromSqlite(step);
@@ -658,37 +664,30 @@ int Member::addResource(std::uint32_t type, std::uint32_t number, const void* da
 
 int Member::readResource(std::uint32_t type, std::uint32_t number, void* buffer,
                          std::size_t capacity, std::size_t* length) {
-    int rc = resourceStatement(resourceRead_, "SELECT data FROM " + quoted(table_ + "$res") +
-                                                  " WHERE type = ?1 AND number = ?2");
+    int rc = resourceStatement(resourceRead_, "SELECT data FROM ",
+                               " WHERE type = ?1 AND number = ?2", type, number);
     if (rc) return rc;
-    resourceRead_.reset();
-    resourceRead_.bindInt(1, type);
-    resourceRead_.bindInt(2, number);
-    int step = resourceRead_.step();
-    if (step != SQLITE_ROW) {
-        resourceRead_.reset();
-        return step == SQLITE_DONE ? ISAM_NO_RECORD : fromSqlite(step);
-    }
-    const std::size_t n = resourceRead_.columnSize(0);
-    *length = n;
-    rc = ISAM_OK;
-    if (n > capacity) {
-        rc = ISAM_BUFFER_TOO_SHORT;
-    } else if (n) {
-        std::memcpy(buffer, resourceRead_.columnBytes(0), n);
+    const int step = resourceRead_.step();
+    if (step == SQLITE_ROW) {
+        const std::size_t n = resourceRead_.columnSize(0);
+        *length = n;
+        if (n > capacity) {
+            rc = ISAM_BUFFER_TOO_SHORT;
+        } else if (n) {
+            std::memcpy(buffer, resourceRead_.columnBytes(0), n);
+        }
+    } else {
+        rc = step == SQLITE_DONE ? ISAM_NO_RECORD : fromSqlite(step);
     }
     resourceRead_.reset();
     return rc;
 }
 
 int Member::deleteResource(std::uint32_t type, std::uint32_t number) {
-    int rc = resourceStatement(resourceDelete_, "DELETE FROM " + quoted(table_ + "$res") +
-                                                    " WHERE type = ?1 AND number = ?2");
+    int rc = resourceStatement(resourceDelete_, "DELETE FROM ",
+                               " WHERE type = ?1 AND number = ?2", type, number);
     if (rc) return rc;
-    resourceDelete_.reset();
-    resourceDelete_.bindInt(1, type);
-    resourceDelete_.bindInt(2, number);
-    int step = resourceDelete_.step();
+    const int step = resourceDelete_.step();
     resourceDelete_.reset();
     if (step != SQLITE_DONE) return fromSqlite(step);
     return sqlite3_changes(db_) ? ISAM_OK : ISAM_NO_RECORD;

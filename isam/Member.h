@@ -159,7 +159,8 @@ private:
     int prepareOnce(Statement& st, MakeSql makeSql) {
         return st.prepared() ? ISAM_OK : st.prepare(db_, makeSql());
     }
-    int resourceStatement(Statement& st, const std::string& sql);
+    int resourceStatement(Statement& st, const char* head, const char* tail, std::uint32_t type,
+                          std::uint32_t number);
 
     sqlite3* db_;
     FileDefinition definition_;
