@@ -271,6 +271,11 @@ int deleteResource(FileNumber dataFile, std::uint32_t type, std::uint32_t number
     return onData(dataFile, true, [&](Member& m) { return m.deleteResource(type, number); });
 }
 
+int listResources(FileNumber dataFile, std::uint32_t type, std::vector<std::uint32_t>* numbers) {
+    if (!numbers) return ISAM_BAD_PARAMETER;
+    return onData(dataFile, false, [&](Member& m) { return m.resourceNumbers(type, numbers); });
+}
+
 // ---- Batches ----------------------------------------------------------------------------------
 
 int beginBatch() {

@@ -375,12 +375,21 @@ int Container::openMember(const FileDefinition& definition, Member** out) {
     std::string signature;
     int rc = closedMember(table, &signature);
     if (rc) return rc;
-    if (signature != definitionSignature(definition)) return ISAM_DEFINITION_MISMATCH;
+    // A member keeps the records and keys it was made with: opened under another
+    // definition (an older layout, say), it goes on with its own.
+    FileDefinition own = definition;
+    if (signature != definitionSignature(definition)) {
+        if (!definitionFromSignature(signature, &own)) return ISAM_DAMAGED;
+        for (std::size_t i = definition.indexes.size(); i < own.indexes.size(); ++i) {
+            own.indexes[i].name = table + "I" + std::to_string(i + 1) + ".Qvi";
+        }
+        if (!isValidDefinition(own)) return ISAM_DAMAGED;
+    }
     std::vector<std::uint32_t> locales;
     std::uint32_t dataLocale = 0;
-    rc = storedLocales(table, definition.indexes.size(), &locales, &dataLocale);
+    rc = storedLocales(table, own.indexes.size(), &locales, &dataLocale);
     if (rc) return rc;
-    auto member = std::make_unique<Member>(db_, definition, locales, dataLocale);
+    auto member = std::make_unique<Member>(db_, own, locales, dataLocale);
     *out = member.get();
     members_[table] = std::move(member);
     return ISAM_OK;

@@ -18,7 +18,6 @@ const char* errorText(int error) {
         case ISAM_TOO_MANY_FILES: return "too many open files in the instance";
         case ISAM_ALREADY_OPEN: return "file already open";
         case ISAM_FILE_BUSY: return "file in use by another process";
-        case ISAM_DEFINITION_MISMATCH: return "file definition differs from the stored one";
         case ISAM_DAMAGED: return "file damaged or not a database";
         case ISAM_IO_ERROR: return "input/output error";
         case ISAM_DISK_FULL: return "disk full";

@@ -1,5 +1,7 @@
 #include "isam/Instance.h"
 
+#include <algorithm>
+
 namespace isam {
 
 namespace {
@@ -49,12 +51,13 @@ int Instance::closeContainer() {
     int rc = container_->close();
     container_.reset();
     releaseAll();
-    batchDepth_ = 0;
     return rc;
 }
 
-int Instance::adopt(Member* member, FileNumber* dataFile) {
-    const std::size_t count = 1 + member->indexCount();
+int Instance::adopt(Member* member, std::size_t requestedIndexes, FileNumber* dataFile) {
+    // The caller numbers the indexes of the definition it passed; a member with
+    // fewer of its own answers for the others that they do not exist.
+    const std::size_t count = 1 + std::max(member->indexCount(), requestedIndexes);
     FileNumber first = 0;
     int rc = allocate(count, &first);
     if (rc) {
@@ -73,7 +76,7 @@ int Instance::createMember(const FileDefinition& definition, FileNumber* dataFil
     if (rc) return rc;
     Member* member = nullptr;
     if ((rc = container_->createMember(definition, &member))) return rc;
-    return adopt(member, dataFile);
+    return adopt(member, definition.indexes.size(), dataFile);
 }
 
 int Instance::openMember(const FileDefinition& definition, FileNumber* dataFile) {
@@ -81,20 +84,24 @@ int Instance::openMember(const FileDefinition& definition, FileNumber* dataFile)
     Member* member = nullptr;
     int rc = container_->openMember(definition, &member);
     if (rc) return rc;
-    return adopt(member, dataFile);
+    return adopt(member, definition.indexes.size(), dataFile);
 }
 
 int Instance::closeMember(FileNumber dataFile) {
     Member* member = nullptr;
     int rc = this->dataFile(dataFile, &member);
     if (rc) return rc;
-    for (std::size_t i = 0; i <= member->indexCount(); ++i) slots_[dataFile + i] = Slot{};
+    for (std::size_t i = dataFile; i < slots_.size() && slots_[i].member == member; ++i) {
+        slots_[i] = Slot{};
+    }
     return container_->closeMember(member);
 }
 
 int Instance::memberFile(FileNumber file, Member** member, std::size_t* ordinal) const {
     if (file >= slots_.size() || !slots_[file].used) return ISAM_NOT_OPEN;
-    if (!slots_[file].member) return ISAM_BAD_FILE_NUMBER;
+    if (!slots_[file].member || slots_[file].ordinal > slots_[file].member->indexCount()) {
+        return ISAM_BAD_FILE_NUMBER;
+    }
     *member = slots_[file].member;
     *ordinal = slots_[file].ordinal;
     return ISAM_OK;

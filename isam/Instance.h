@@ -50,7 +50,7 @@ private:
     };
 
     int allocate(std::size_t count, FileNumber* first) const;
-    int adopt(Member* member, FileNumber* dataFile);
+    int adopt(Member* member, std::size_t requestedIndexes, FileNumber* dataFile);
     void releaseAll();
 
     std::string name_;

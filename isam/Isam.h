@@ -105,7 +105,8 @@ int initialiseInstance(int buffers, int files, int sectors, int dataBuffers, int
 // exists. `mode` must be the container mode (582).
 int createContainer(const char* path, std::uint16_t mode, std::uint32_t extent, FileNumber* file);
 int openContainer(const char* path, std::uint16_t mode, FileNumber* file);
-// Commits what is pending, closes every member still open and the container.
+// Commits what is pending, closes every member still open and the container. An
+// open batch stays open: what is written after the next open joins it.
 int closeContainer();
 // Checks a closed container's integrity, rebuilds damaged indexes, and compacts it.
 // `parameters` is accepted for compatibility and must be empty or null.
@@ -176,6 +177,8 @@ int updateResource(FileNumber dataFile, std::uint32_t type, std::uint32_t number
 int readResource(FileNumber dataFile, std::uint32_t type, std::uint32_t number, void* buffer,
                  std::size_t capacity, std::size_t* length);
 int deleteResource(FileNumber dataFile, std::uint32_t type, std::uint32_t number);
+// The numbers of the resources of one type, in ascending order.
+int listResources(FileNumber dataFile, std::uint32_t type, std::vector<std::uint32_t>* numbers);
 
 // ---- Batches (selected instance) -----------------------------------------------------
 

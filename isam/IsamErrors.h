@@ -25,7 +25,6 @@ constexpr int ISAM_BAD_FILE_NUMBER = 614;      // the file number is of the wron
 constexpr int ISAM_TOO_MANY_FILES = 615;       // the instance's file numbers are used up
 constexpr int ISAM_ALREADY_OPEN = 616;         // the container or member is open already
 constexpr int ISAM_FILE_BUSY = 617;            // another process holds the container
-constexpr int ISAM_DEFINITION_MISMATCH = 618;  // opened with other keys or layout than stored
 
 // Damage and the operating system.
 constexpr int ISAM_DAMAGED = 621;        // not a container of this engine, or damaged

@@ -149,4 +149,77 @@ std::string definitionSignature(const FileDefinition& definition) {
     return s;
 }
 
+namespace {
+
+bool readNumber(const char*& p, std::uint32_t* value) {
+    if (*p < '0' || *p > '9') return false;
+    std::uint64_t n = 0;
+    for (; *p >= '0' && *p <= '9'; ++p) {
+        n = n * 10 + static_cast<std::uint64_t>(*p - '0');
+        if (n > UINT32_MAX) return false;
+    }
+    *value = static_cast<std::uint32_t>(n);
+    return true;
+}
+
+bool readSegment(const char*& p, Segment* segment) {
+    std::uint32_t mode = 0, position = 0, length = 0;
+    if (*p++ != '(' || !readNumber(p, &mode) || *p++ != ':' || !readNumber(p, &position) ||
+        *p++ != ':' || !readNumber(p, &length) || *p++ != ')' || mode > 0xFFFF ||
+        position > 0xFFFF || length > 0xFFFF) {
+        return false;
+    }
+    *segment = Segment{static_cast<std::uint16_t>(position), static_cast<std::uint16_t>(length),
+                       static_cast<std::uint16_t>(mode)};
+    return true;
+}
+
+}  // namespace
+
+bool definitionFromSignature(const std::string& signature, FileDefinition* definition) {
+    const char* p = signature.c_str();
+    FileDefinition parsed;
+    if (*p++ != 'R' || !readNumber(p, &parsed.recordLength)) return false;
+    while (*p == ' ') {
+        ++p;
+        if (*p == 'B') {
+            ++p;
+            parsed.variableFields.push_back(VariableField{true, 0});
+        } else if (*p == 'T') {
+            ++p;
+            VariableField field;
+            if (!readNumber(p, &field.limit)) return false;
+            parsed.variableFields.push_back(field);
+        } else if (*p == 'I') {
+            ++p;
+            IndexDefinition index;
+            std::uint32_t keyLength = 0;
+            if (!readNumber(p, &keyLength) || keyLength > 0xFFFF || (*p != 'u' && *p != 'd')) {
+                return false;
+            }
+            index.keyLength = static_cast<std::uint16_t>(keyLength);
+            index.duplicates = *p++ == 'd';
+            while (*p == '(') {
+                Segment segment;
+                if (!readSegment(p, &segment)) return false;
+                index.segments.push_back(segment);
+            }
+            parsed.indexes.push_back(std::move(index));
+        } else {
+            return false;
+        }
+    }
+    if (*p != '\0') return false;
+    definition->recordLength = parsed.recordLength;
+    definition->variableFields = std::move(parsed.variableFields);
+    definition->indexes.resize(parsed.indexes.size());
+    for (std::size_t i = 0; i < parsed.indexes.size(); ++i) {
+        IndexDefinition& target = definition->indexes[i];
+        target.keyLength = parsed.indexes[i].keyLength;
+        target.duplicates = parsed.indexes[i].duplicates;
+        target.segments = std::move(parsed.indexes[i].segments);
+    }
+    return true;
+}
+
 }  // namespace isam

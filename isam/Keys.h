@@ -55,7 +55,10 @@ std::size_t segmentBytes(const IndexDefinition& index);
 bool prefixSuccessor(const std::string& prefix, std::string* successor);
 
 // A stable text form of what a definition fixes about a member's records and keys,
-// stored with the member so that a mismatching definition is noticed on open.
+// stored with the member: the member's own definition, whatever it is opened with.
 std::string definitionSignature(const FileDefinition& definition);
+// The records and keys of a stored signature (names, modes and extents are left
+// alone); false when the text is not a signature.
+bool definitionFromSignature(const std::string& signature, FileDefinition* definition);
 
 }  // namespace isam

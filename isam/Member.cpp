@@ -683,6 +683,20 @@ int Member::readResource(std::uint32_t type, std::uint32_t number, void* buffer,
     return rc;
 }
 
+int Member::resourceNumbers(std::uint32_t type, std::vector<std::uint32_t>* numbers) {
+    numbers->clear();
+    // Rarely asked: a statement of its own that lives only for this call.
+    Statement st;
+    int rc = resourceStatement(st, "SELECT number FROM ", " WHERE type = ?1 AND number >= ?2 ORDER BY number",
+                               type, 0);
+    int step = SQLITE_DONE;
+    while (!rc && (step = st.step()) == SQLITE_ROW) {
+        numbers->push_back(static_cast<std::uint32_t>(st.columnInt(0)));
+    }
+    if (!rc && step != SQLITE_DONE) rc = fromSqlite(step);
+    return rc;
+}
+
 int Member::deleteResource(std::uint32_t type, std::uint32_t number) {
     int rc = resourceStatement(resourceDelete_, "DELETE FROM ",
                                " WHERE type = ?1 AND number = ?2", type, number);

@@ -67,6 +67,7 @@ public:
     int readResource(std::uint32_t type, std::uint32_t number, void* buffer, std::size_t capacity,
                      std::size_t* length);
     int deleteResource(std::uint32_t type, std::uint32_t number);
+    int resourceNumbers(std::uint32_t type, std::vector<std::uint32_t>* numbers);
 
     std::uint32_t dataLocale() const { return dataLocale_; }
     std::uint32_t indexLocale(std::size_t index) const { return indexes_[index].locale; }

@@ -38,13 +38,18 @@ TEST_F(BatchTest, AFailedCallInsideABatchUndoesNothingElse) {
     EXPECT_EQ((std::vector<std::uint32_t>{1, 2}), walkIds(data_, indexOf(data_, 1)));
 }
 
-TEST_F(BatchTest, ClosingInsideABatchKeepsItsWork) {
+TEST_F(BatchTest, ClosingInsideABatchCommitsItsWorkAndTheBatchGoesOn) {
     ASSERT_EQ(ISAM_OK, beginBatch());
     add(1, 0, 0);
     ASSERT_EQ(ISAM_OK, closeContainer());
-    EXPECT_EQ(0, batchDepth());
+    EXPECT_EQ(1, batchDepth());
     ASSERT_EQ(ISAM_OK, openContainer(path_.c_str(), 582, nullptr));
     ASSERT_EQ(ISAM_OK, openFile(sampleDefinition(), &data_));
+    EXPECT_EQ((std::vector<std::uint32_t>{1}), walkIds(data_, indexOf(data_, 1)));
+    // What follows the reopen belongs to the same batch and can still be discarded.
+    add(2, 0, 0);
+    ASSERT_EQ(ISAM_OK, abortBatch());
+    ASSERT_EQ(ISAM_OK, endBatch());
     EXPECT_EQ((std::vector<std::uint32_t>{1}), walkIds(data_, indexOf(data_, 1)));
 }
 

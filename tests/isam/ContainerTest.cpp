@@ -87,19 +87,42 @@ TEST(ContainerTest, CreateOpenAndTheirFailures) {
     closeContainer();
 }
 
-TEST(ContainerTest, AMemberOpensOnlyWithTheDefinitionItWasMadeWith) {
+TEST(ContainerTest, AMemberKeepsItsOwnDefinitionWhateverItIsOpenedWith) {
     TempDir dir;
     ScopedInstance instance;
     const std::string path = dir.file("test.Prj");
     FileNumber data = kNoFile;
     ASSERT_EQ(ISAM_OK, createContainer(path.c_str(), 582, 1024, nullptr));
     ASSERT_EQ(ISAM_OK, createFile(sampleDefinition(), &data));
+    const Record record = sampleRecord(1, 7, 42, "alpha");
+    ASSERT_EQ(ISAM_OK, addRecord(data, record.data(), record.size(), nullptr));
     ASSERT_EQ(ISAM_OK, closeFile(data));
 
-    FileDefinition changed = sampleDefinition();
-    changed.indexes[2].segments[0].length = 30;
-    changed.indexes[2].keyLength = 34;
-    EXPECT_EQ(ISAM_DEFINITION_MISMATCH, openFile(changed, &data));
+    // Opened under a definition without its third index: that index still answers.
+    FileDefinition fewer = sampleDefinition();
+    fewer.indexes.pop_back();
+    ASSERT_EQ(ISAM_OK, openFile(fewer, &data));
+    EXPECT_EQ(1u, walk(data + 3).size());
+    ASSERT_EQ(ISAM_OK, closeFile(data));
+
+    // Opened under one with an index more: that number is taken but has no index,
+    // and the next member's numbers come after it.
+    FileDefinition more = sampleDefinition();
+    more.indexes.push_back({"test.Prj!SampleI4.Qvi", 8, true, 64, 1024, {{8, 4, 1}}});
+    ASSERT_EQ(ISAM_OK, openFile(more, &data));
+    Position position = 0;
+    EXPECT_EQ(ISAM_BAD_FILE_NUMBER, firstRecord(data + 4, &position));
+    EXPECT_EQ(ISAM_BAD_FILE_NUMBER, setFileLocale(data + 4, 1031));
+    FileDefinition other = sampleDefinition();
+    other.name = "test.Prj!Other";
+    for (std::size_t i = 0; i < other.indexes.size(); ++i) {
+        other.indexes[i].name = "test.Prj!OtherI" + std::to_string(i + 1) + ".Qvi";
+    }
+    FileNumber otherData = kNoFile;
+    ASSERT_EQ(ISAM_OK, createFile(other, &otherData));
+    EXPECT_GT(otherData, data + 4);
+    ASSERT_EQ(ISAM_OK, closeFile(data));
+    ASSERT_EQ(ISAM_OK, closeFile(otherData));
 
     // Renaming the container does not matter: members are found by their own names.
     EXPECT_EQ(ISAM_OK, openFile(sampleDefinition("elsewhere.Prj"), &data));
@@ -315,7 +338,10 @@ TEST_F(DamageTest, RebuildOfAMemberRecomputesKeysUnderANewDefinition) {
     EXPECT_EQ(ISAM_ALREADY_OPEN, rebuildFile(extended));
     ASSERT_EQ(ISAM_OK, closeFile(data));
     ASSERT_EQ(ISAM_OK, rebuildFile(extended));
-    EXPECT_EQ(ISAM_DEFINITION_MISMATCH, openFile(sampleDefinition("d.Prj"), &data));
+    // The member now has the fourth index, even opened under the old definition.
+    ASSERT_EQ(ISAM_OK, openFile(sampleDefinition("d.Prj"), &data));
+    EXPECT_EQ(2000u, walk(data + 4).size());
+    ASSERT_EQ(ISAM_OK, closeFile(data));
     ASSERT_EQ(ISAM_OK, openFile(extended, &data));
     const std::uint32_t value = 1234;
     Position p = 0;
