@@ -40,21 +40,19 @@ const TypeInfo* findType(std::uint16_t code) {
     return nullptr;
 }
 
-// Fills a member-name pattern the way the container expects: the container's name,
-// an empty string, then the separator (patterns without "%c" simply ignore it).
-std::string formatMemberName(const char* pattern, const std::string& containerName) {
+}  // namespace
+
+std::string formatMemberName(const char* pattern, const std::string& first,
+                             const std::string& second, char separator) {
     const int length =
-        std::snprintf(nullptr, 0, pattern, containerName.c_str(), "", kMemberSeparator);
+        std::snprintf(nullptr, 0, pattern, first.c_str(), second.c_str(), separator);
     if (length <= 0) {
         return std::string();
     }
     std::vector<char> buffer(static_cast<std::size_t>(length) + 1);
-    std::snprintf(buffer.data(), buffer.size(), pattern, containerName.c_str(), "",
-                  kMemberSeparator);
+    std::snprintf(buffer.data(), buffer.size(), pattern, first.c_str(), second.c_str(), separator);
     return std::string(buffer.data(), static_cast<std::size_t>(length));
 }
-
-}  // namespace
 
 const char* fieldTypeName(std::uint16_t code) {
     const TypeInfo* type = findType(code);
@@ -79,7 +77,7 @@ bool isFixedWidth(std::uint16_t type) {
 
 isam::FileDefinition makeFileDefinition(const TableDef& table, const std::string& containerName) {
     isam::FileDefinition definition;
-    definition.name = formatMemberName(table.filePattern, containerName);
+    definition.name = formatMemberName(table.filePattern, containerName, "", kMemberSeparator);
     definition.recordLength = table.recordLength;
     definition.mode = table.dataMode;
     definition.extent = table.dataExtent;
@@ -98,7 +96,7 @@ isam::FileDefinition makeFileDefinition(const TableDef& table, const std::string
 
     for (const IndexDef& index : table.indexes) {
         isam::IndexDefinition target;
-        target.name = formatMemberName(index.filePattern, containerName);
+        target.name = formatMemberName(index.filePattern, containerName, "", kMemberSeparator);
         target.keyLength = index.keyLength;
         target.duplicates = index.duplicates;
         target.mode = table.indexMode;

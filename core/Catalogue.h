@@ -170,6 +170,10 @@ const TableDef& moduleFileTable();
 // Field lookup by name; null when the table has no such field.
 const FieldDef* findField(const TableDef& table, const char* name);
 
+// Fills a file-name pattern ("%s%s%cDialog") with two texts and a separator.
+std::string formatMemberName(const char* pattern, const std::string& first,
+                             const std::string& second, char separator);
+
 // The engine's view of a table: member names formatted from the patterns with the
 // container's file name, an empty string and the separator.
 isam::FileDefinition makeFileDefinition(const TableDef& table, const std::string& containerName);
