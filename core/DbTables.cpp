@@ -1,0 +1,117 @@
+// Tables one at a time, the resource records of table 0 with the stored version
+// among them, and the application's own transactions.
+#include "core/DbState.h"
+#include "core/Operation.h"
+
+using namespace qvb::catalogue;
+
+namespace {
+
+constexpr DWORD kVersionResource = 0;
+
+// Runs a call on the database's engine instance object, which owns the resource
+// buffer and the batches.
+template <typename Call>
+int onEngine(DbStateBlock* block, Call call) {
+    if (!block || !block->engine) return QVB_NOT_REGISTERED;
+    return call(*block->engine);
+}
+
+}  // namespace
+
+// ---- Tables ---------------------------------------------------------------------------
+
+int CDbObject::AddTable(LONG index) {
+    return Run([&] {
+        CIsamTable& table = Table(index);
+        return Succeeded(table.Create()) && Succeeded(table.Close()) && Succeeded(table.Open());
+    });
+}
+
+int CDbObject::OpenTable(LONG index) {
+    return Run([&] { return Result(Table(index).Open()); });
+}
+
+int CDbObject::CloseTable(LONG index) {
+    return Run([&] { return Result(Table(index).Close()); });
+}
+
+// ---- Resource records -------------------------------------------------------------------
+
+int CDbObject::AddResource(DWORD number, void* data, WORD length) {
+    return Run([&] {
+        return Result(onEngine(m_pStructs, [&](CTrovaDB& engine) {
+            return engine.AddResource(Table(TAB_SLANG), number, data, length);
+        }));
+    });
+}
+
+int CDbObject::UpdateResourceA(DWORD number, void* data, WORD length) {
+    return Run([&] {
+        return Result(onEngine(m_pStructs, [&](CTrovaDB& engine) {
+            return engine.UpdateResource(Table(TAB_SLANG), number, data, length);
+        }));
+    });
+}
+
+int CDbObject::GetResource(DWORD number, void* data, WORD* length) {
+    return Run([&] {
+        return Result(onEngine(m_pStructs, [&](CTrovaDB& engine) {
+            std::size_t room = length ? *length : 0;
+            const int rc = engine.GetResource(Table(TAB_SLANG), number, data, &room);
+            if (rc == isam::ISAM_OK && length) *length = static_cast<WORD>(room);
+            return rc;
+        }));
+    });
+}
+
+int CDbObject::DeleteResource(DWORD number) {
+    return Run([&] {
+        return Result(onEngine(m_pStructs, [&](CTrovaDB& engine) {
+            return engine.DeleteResource(Table(TAB_SLANG), number);
+        }));
+    });
+}
+
+int CDbObject::GetDBVersion() {
+    // A missing or unreadable version reads as 0; GetError() tells why.
+    std::int32_t version = 0;
+    WORD length = sizeof version;
+    (void)GetResource(kVersionResource, &version, &length);
+    return version;
+}
+
+int CDbObject::SetDBVersion(int version) {
+    std::int32_t stored = version;
+    return UpdateResourceA(kVersionResource, &stored, sizeof stored);
+}
+
+// ---- Transactions ---------------------------------------------------------------------------
+
+namespace {
+
+// Runs a batch call on the database's engine instance.
+template <typename Call>
+int onInstance(DbStateBlock* block, Call call) {
+    return onEngine(block, [&](CTrovaDB& engine) {
+        const int rc = engine.SelectInstance();
+        return rc != isam::ISAM_OK ? rc : call();
+    });
+}
+
+}  // namespace
+
+int CDbObject::BeginTransaction() {
+    return Result(onInstance(m_pStructs, [] { return isam::beginBatch(); }));
+}
+
+int CDbObject::CommitTransaction() {
+    return Result(onInstance(m_pStructs, [] { return isam::endBatch(); }));
+}
+
+int CDbObject::RollbackTransaction() {
+    return Result(onInstance(m_pStructs, [] {
+        const int rc = isam::abortBatch();
+        return rc != isam::ISAM_OK ? rc : isam::endBatch();
+    }));
+}

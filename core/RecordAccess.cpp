@@ -1,0 +1,132 @@
+#include "core/RecordAccess.h"
+
+#include <cstring>
+
+namespace qvb {
+
+RecordWriter& RecordWriter::keep(int rc) {
+    if (error_ == isam::ISAM_OK) error_ = rc;
+    return *this;
+}
+
+RecordWriter& RecordWriter::Long(const char* field, std::uint32_t value) {
+    return keep(table_.SetLong(field, value));
+}
+
+RecordWriter& RecordWriter::Short(const char* field, std::uint16_t value) {
+    return keep(table_.SetShort(field, value));
+}
+
+RecordWriter& RecordWriter::Bool(const char* field, bool value) {
+    return keep(table_.SetBool(field, value));
+}
+
+RecordWriter& RecordWriter::Text(const char* field, const CString& value) {
+    return keep(table_.SetText(field, static_cast<const char*>(value),
+                               static_cast<std::size_t>(value.GetLength())));
+}
+
+RecordWriter& RecordWriter::Text(const char* field, const std::string& value) {
+    return keep(table_.SetText(field, value));
+}
+
+RecordWriter& RecordWriter::Text(const char* field, const char* value) {
+    return keep(table_.SetText(field, value, value ? std::strlen(value) : 0));
+}
+
+RecordWriter& RecordWriter::Binary(const char* field, const void* data, std::size_t length) {
+    return keep(table_.SetBinary(field, data, length));
+}
+
+RecordReader& RecordReader::keep(int rc) {
+    if (error_ == isam::ISAM_OK) error_ = rc;
+    return *this;
+}
+
+RecordReader& RecordReader::Long(const char* field, std::uint32_t* value) {
+    return value ? keep(table_.GetLong(field, value)) : *this;
+}
+
+RecordReader& RecordReader::Short(const char* field, std::uint16_t* value) {
+    return value ? keep(table_.GetShort(field, value)) : *this;
+}
+
+RecordReader& RecordReader::Bool(const char* field, int* value) {
+    if (!value) return *this;
+    bool flag = false;
+    keep(table_.GetBool(field, &flag));
+    *value = flag ? 1 : 0;
+    return *this;
+}
+
+RecordReader& RecordReader::Text(const char* field, CString* value) {
+    if (!value) return *this;
+    std::string text;
+    keep(table_.GetText(field, &text));
+    *value = CString(text.data(), static_cast<int>(text.size()));
+    return *this;
+}
+
+int readById(CIsamTable& table, std::uint32_t id) {
+    const int rc = table.FindId(id);
+    return rc != isam::ISAM_OK ? rc : table.ReadCurrent();
+}
+
+int nextId(CIsamTable& table, const char* idField, std::uint32_t* id) {
+    int rc = table.Last(1);
+    if (rc == isam::ISAM_NO_RECORD) {
+        *id = 1;
+        return isam::ISAM_OK;
+    }
+    std::uint32_t last = 0;
+    if (rc == isam::ISAM_OK) rc = table.ReadCurrent();
+    if (rc == isam::ISAM_OK) rc = table.GetLong(idField, &last);
+    if (rc == isam::ISAM_OK && last == UINT32_MAX) rc = isam::ISAM_FILE_FULL;
+    if (rc == isam::ISAM_OK) *id = last + 1;
+    return rc;
+}
+
+int deleteById(CIsamTable& table, std::uint32_t id) {
+    const int rc = readById(table, id);
+    return rc != isam::ISAM_OK ? rc : table.Delete();
+}
+
+int positionsWithPrefix(CIsamTable& table, int index, const void* prefix, std::size_t length,
+                        std::vector<isam::Position>* positions) {
+    positions->clear();
+    std::uint32_t count = 0;
+    int rc = table.CountByPrefix(index, prefix, length, &count);
+    if (rc == isam::ISAM_NO_RECORD) return isam::ISAM_OK;
+    if (rc == isam::ISAM_OK) rc = table.FetchByPrefix(index, prefix, length, count, positions);
+    if (rc == isam::ISAM_OK && positions->size() != count) rc = QVB_FETCH_MISMATCH;
+    return rc;
+}
+
+int appendAll(CIsamTable& table, int index, const char* field, CDWordArray& ids) {
+    return forEachRecord(table, index, [&] {
+        std::uint32_t id = 0;
+        const int rc = table.GetLong(field, &id);
+        if (rc == isam::ISAM_OK) ids.Add(id);
+        return rc;
+    });
+}
+
+int countRecords(CIsamTable& table, int index, std::uint32_t* count) {
+    *count = 0;
+    for (int rc = table.First(index);; rc = table.Next(index)) {
+        if (rc == isam::ISAM_NO_RECORD) return isam::ISAM_OK;
+        if (rc != isam::ISAM_OK) return rc;
+        ++*count;
+    }
+}
+
+int deleteAll(CIsamTable& table) {
+    for (;;) {
+        int rc = table.First(1);
+        if (rc == isam::ISAM_NO_RECORD) return isam::ISAM_OK;
+        if (rc == isam::ISAM_OK) rc = table.Delete();
+        if (rc != isam::ISAM_OK) return rc;
+    }
+}
+
+}  // namespace qvb

@@ -1,0 +1,147 @@
+// The record patterns every operation is written in: find-and-read by identifier,
+// the allocating add, walks over a whole index or over the records sharing a key
+// prefix, and counting. Each returns 0 or the error code of the step that failed;
+// "no record" at the end of a walk is success.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "core/IsamTable.h"
+#include "isam/IsamErrors.h"
+#include "qvb/CDWordArray.h"
+#include "qvb/CString.h"
+
+namespace qvb {
+
+// Sets fields of a table's current record by name, keeping the first failure.
+class RecordWriter {
+public:
+    explicit RecordWriter(CIsamTable& table) : table_(table) {}
+    RecordWriter& Long(const char* field, std::uint32_t value);
+    RecordWriter& Short(const char* field, std::uint16_t value);
+    RecordWriter& Bool(const char* field, bool value);
+    RecordWriter& Text(const char* field, const CString& value);
+    RecordWriter& Text(const char* field, const std::string& value);
+    RecordWriter& Text(const char* field, const char* value);
+    RecordWriter& Binary(const char* field, const void* data, std::size_t length);
+    RecordWriter& ClearBinary(const char* field) { return Binary(field, nullptr, 0); }
+    int error() const { return error_; }
+
+private:
+    RecordWriter& keep(int rc);
+    CIsamTable& table_;
+    int error_ = isam::ISAM_OK;
+};
+
+// Gets fields of a table's current record by name into the caller's variables; a
+// null destination skips its field.
+class RecordReader {
+public:
+    explicit RecordReader(const CIsamTable& table) : table_(table) {}
+    RecordReader& Long(const char* field, std::uint32_t* value);
+    RecordReader& Short(const char* field, std::uint16_t* value);
+    // A flag as the interface's int: 1 or 0.
+    RecordReader& Bool(const char* field, int* value);
+    RecordReader& Text(const char* field, CString* value);
+    RecordReader& Text(const char* field, CString& value) { return Text(field, &value); }
+    int error() const { return error_; }
+
+private:
+    RecordReader& keep(int rc);
+    const CIsamTable& table_;
+    int error_ = isam::ISAM_OK;
+};
+
+// Finds the record with identifier `id` on I1 and reads it.
+int readById(CIsamTable& table, std::uint32_t id);
+
+// The identifier the next record gets: the last one in I1 order plus one, 1 in an
+// empty table. Reading the last record leaves its values in the table's buffer.
+int nextId(CIsamTable& table, const char* idField, std::uint32_t* id);
+
+// The allocating add: the new identifier goes to the caller before the record is
+// written; `fill` sets the other fields (fields it leaves alone keep the values of
+// the record read to find the identifier).
+template <typename Fill>
+int addWithNewId(CIsamTable& table, const char* idField, std::uint32_t* newId, Fill fill) {
+    std::uint32_t id = 0;
+    int rc = nextId(table, idField, &id);
+    if (rc != isam::ISAM_OK) return rc;
+    if (newId) *newId = id;
+    RecordWriter writer(table);
+    writer.Long(idField, id);
+    fill(writer);
+    return writer.error() != isam::ISAM_OK ? writer.error() : table.Add();
+}
+
+// The add that keeps the caller's identifier.
+template <typename Fill>
+int addWithId(CIsamTable& table, const char* idField, std::uint32_t id, Fill fill) {
+    RecordWriter writer(table);
+    writer.Long(idField, id);
+    fill(writer);
+    return writer.error() != isam::ISAM_OK ? writer.error() : table.Add();
+}
+
+// Find, read, change and rewrite the record with identifier `id`.
+template <typename Fill>
+int updateById(CIsamTable& table, std::uint32_t id, Fill fill) {
+    int rc = readById(table, id);
+    if (rc != isam::ISAM_OK) return rc;
+    RecordWriter writer(table);
+    fill(writer);
+    return writer.error() != isam::ISAM_OK ? writer.error() : table.Rewrite();
+}
+
+// Find, read and delete the record with identifier `id`.
+int deleteById(CIsamTable& table, std::uint32_t id);
+
+// Walks index `index` from the first record to the last, reading each and calling
+// `visit()`, which returns 0 to go on or an error code to stop with.
+template <typename Visit>
+int forEachRecord(CIsamTable& table, int index, Visit visit) {
+    for (int rc = table.First(index);; rc = table.Next(index)) {
+        if (rc == isam::ISAM_NO_RECORD) return isam::ISAM_OK;
+        if (rc == isam::ISAM_OK) rc = table.ReadCurrent();
+        if (rc == isam::ISAM_OK) rc = visit();
+        if (rc != isam::ISAM_OK) return rc;
+    }
+}
+
+// Collects the positions of the records whose key in `index` begins with the
+// prefix, in key order: count, then fetch exactly that many.
+int positionsWithPrefix(CIsamTable& table, int index, const void* prefix, std::size_t length,
+                        std::vector<isam::Position>* positions);
+
+// Reads each record whose key in `index` begins with the prefix, in key order,
+// calling `visit()` after each read.
+template <typename Visit>
+int forEachWithPrefix(CIsamTable& table, int index, const void* prefix, std::size_t length,
+                      Visit visit) {
+    std::vector<isam::Position> positions;
+    int rc = positionsWithPrefix(table, index, prefix, length, &positions);
+    for (std::size_t i = 0; rc == isam::ISAM_OK && i < positions.size(); ++i) {
+        rc = table.ReadAt(positions[i]);
+        if (rc == isam::ISAM_OK) rc = visit();
+    }
+    return rc;
+}
+
+// The same for the common prefix, a leading 32-bit identifier.
+template <typename Visit>
+int forEachWithId(CIsamTable& table, int index, std::uint32_t id, Visit visit) {
+    return forEachWithPrefix(table, index, &id, sizeof id, visit);
+}
+
+// Appends the 32-bit field `field` of every record of a walk to `ids`.
+int appendAll(CIsamTable& table, int index, const char* field, CDWordArray& ids);
+
+// The number of records, counted by walking `index`.
+int countRecords(CIsamTable& table, int index, std::uint32_t* count);
+
+// Deletes every record of a table.
+int deleteAll(CIsamTable& table);
+
+}  // namespace qvb

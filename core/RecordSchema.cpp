@@ -1,0 +1,310 @@
+#include "core/RecordSchema.h"
+
+#include <algorithm>
+#include <cstring>
+
+#include "isam/IsamErrors.h"
+
+using namespace qvb::catalogue;
+
+IMPLEMENT_DYNAMIC(CRecordSchema, CIsamFile)
+
+namespace {
+
+constexpr std::uint16_t kLongTypes[] = {FT_INT4U, FT_INT4, FT_DATE};
+constexpr std::uint16_t kShortTypes[] = {FT_INT2U, FT_INT2};
+constexpr std::uint16_t kBoolTypes[] = {FT_BOOL};
+constexpr std::uint16_t kTextTypes[] = {FT_STRING, FT_FSTRING};
+constexpr std::uint16_t kBinaryTypes[] = {FT_4STRING};
+
+// The fixed image also covers fields that an old layout places past its stored
+// record length, so that reading such a record never goes out of bounds.
+std::size_t fixedImageSize(const TableDef& table) {
+    std::size_t size = table.recordLength;
+    for (const FieldDef& field : table.fields) {
+        if (isFixedWidth(field.type)) size = std::max<std::size_t>(size, field.position + field.length);
+    }
+    return size;
+}
+
+std::size_t variableCount(const TableDef& table) {
+    std::size_t count = 0;
+    for (const FieldDef& field : table.fields) {
+        if (!isFixedWidth(field.type)) ++count;
+    }
+    return count;
+}
+
+// The buffer holds the fixed part and every text at its limit; binaries grow it.
+std::size_t bufferSize(const TableDef& table) {
+    std::size_t size = fixedImageSize(table);
+    for (const FieldDef& field : table.fields) {
+        if (field.type == FT_STRING) size += field.length + 1u;
+        if (field.type == FT_4STRING) size += 4;
+    }
+    return size;
+}
+
+template <typename T>
+T loadLittleEndian(const std::uint8_t* p) {
+    T value = 0;
+    for (std::size_t i = sizeof(T); i > 0; --i) value = static_cast<T>(value << 8 | p[i - 1]);
+    return value;
+}
+
+template <typename T>
+void storeLittleEndian(std::uint8_t* p, T value) {
+    for (std::size_t i = 0; i < sizeof(T); ++i) p[i] = static_cast<std::uint8_t>(value >> (8 * i));
+}
+
+bool isSigned(std::uint16_t type) { return type == FT_INT4 || type == FT_INT2; }
+
+}  // namespace
+
+void CRecordSchema::Define(const TableDef& table) {
+    CIsamFile::Define(table);
+    m_fixed.assign(fixedImageSize(table), 0);
+    m_variable.assign(variableCount(table), std::string());
+    m_readCapacity = bufferSize(table);
+    m_buffer.assign(m_readCapacity, 0);
+    m_modified = false;
+}
+
+void CRecordSchema::ReleaseDefinition() {
+    CIsamFile::ReleaseDefinition();
+    m_fixed.clear();
+    m_variable.clear();
+    m_buffer.clear();
+    m_buffer.shrink_to_fit();
+}
+
+const FieldDef* CRecordSchema::Find(const char* name) const {
+    return m_table && name ? findField(*m_table, name) : nullptr;
+}
+
+const FieldDef* CRecordSchema::FindOfType(const char* name, const std::uint16_t* types,
+                                          std::size_t count, int* error) const {
+    const FieldDef* field = Find(name);
+    *error = QVB_NO_SUCH_FIELD;
+    if (!field || std::find(types, types + count, field->type) == types + count) return nullptr;
+    *error = isam::ISAM_OK;
+    return field;
+}
+
+std::uint8_t* CRecordSchema::FixedAt(const FieldDef& field) { return m_fixed.data() + field.position; }
+
+const std::uint8_t* CRecordSchema::FixedAt(const FieldDef& field) const {
+    return m_fixed.data() + field.position;
+}
+
+int CRecordSchema::GetLong(const char* name, std::uint32_t* value) const {
+    int error = 0;
+    const FieldDef* field = FindOfType(name, kLongTypes, std::size(kLongTypes), &error);
+    if (field && value) *value = loadLittleEndian<std::uint32_t>(FixedAt(*field));
+    return error;
+}
+
+int CRecordSchema::SetLong(const char* name, std::uint32_t value) {
+    int error = 0;
+    const FieldDef* field = FindOfType(name, kLongTypes, std::size(kLongTypes), &error);
+    if (!field) return error;
+    storeLittleEndian(FixedAt(*field), value);
+    m_modified = true;
+    return isam::ISAM_OK;
+}
+
+int CRecordSchema::GetShort(const char* name, std::uint16_t* value) const {
+    int error = 0;
+    const FieldDef* field = FindOfType(name, kShortTypes, std::size(kShortTypes), &error);
+    if (field && value) *value = loadLittleEndian<std::uint16_t>(FixedAt(*field));
+    return error;
+}
+
+int CRecordSchema::SetShort(const char* name, std::uint16_t value) {
+    if (!Find(name)) return isam::ISAM_OK;
+    int error = 0;
+    const FieldDef* field = FindOfType(name, kShortTypes, std::size(kShortTypes), &error);
+    if (!field) return error;
+    storeLittleEndian(FixedAt(*field), value);
+    m_modified = true;
+    return isam::ISAM_OK;
+}
+
+int CRecordSchema::GetBool(const char* name, bool* value) const {
+    int error = 0;
+    const FieldDef* field = FindOfType(name, kBoolTypes, std::size(kBoolTypes), &error);
+    if (field && value) *value = *FixedAt(*field) != 0;
+    return error;
+}
+
+int CRecordSchema::SetBool(const char* name, bool value) {
+    if (!Find(name)) return isam::ISAM_OK;
+    int error = 0;
+    const FieldDef* field = FindOfType(name, kBoolTypes, std::size(kBoolTypes), &error);
+    if (!field) return error;
+    *FixedAt(*field) = value ? 1 : 0;
+    m_modified = true;
+    return isam::ISAM_OK;
+}
+
+int CRecordSchema::GetText(const char* name, std::string* value) const {
+    const FieldDef* field = Find(name);
+    if (!field) return QVB_NO_SUCH_FIELD;
+    return GetTextAt(static_cast<std::size_t>(field - m_table->fields.begin()), value);
+}
+
+int CRecordSchema::GetTextAt(std::size_t i, std::string* value) const {
+    if (!m_table || i >= m_table->fields.size()) return QVB_NO_SUCH_FIELD;
+    const FieldDef& field = m_table->fields[i];
+    std::string text;
+    const std::uint8_t* at = isFixedWidth(field.type) ? FixedAt(field) : nullptr;
+    switch (field.type) {
+        case FT_STRING:
+        case FT_4STRING:
+            text = m_variable[field.position];
+            break;
+        case FT_FSTRING: {
+            const void* end = std::memchr(at, 0, field.length);
+            text.assign(reinterpret_cast<const char*>(at),
+                        end ? static_cast<const std::uint8_t*>(end) - at : field.length);
+            break;
+        }
+        case FT_BOOL:
+            text = std::to_string(*at);
+            break;
+        case FT_INT2U:
+        case FT_INT2: {
+            const std::uint16_t v = loadLittleEndian<std::uint16_t>(at);
+            text = isSigned(field.type) ? std::to_string(static_cast<std::int16_t>(v)) : std::to_string(v);
+            break;
+        }
+        case FT_INT4U:
+        case FT_INT4:
+        case FT_DATE: {
+            const std::uint32_t v = loadLittleEndian<std::uint32_t>(at);
+            text = isSigned(field.type) ? std::to_string(static_cast<std::int32_t>(v)) : std::to_string(v);
+            break;
+        }
+        default:
+            return QVB_NO_SUCH_FIELD;
+    }
+    if (value) *value = std::move(text);
+    return isam::ISAM_OK;
+}
+
+int CRecordSchema::SetText(const char* name, const char* text, std::size_t length) {
+    int error = 0;
+    const FieldDef* field = FindOfType(name, kTextTypes, std::size(kTextTypes), &error);
+    if (!field) return error;
+    if (!text) length = 0;
+    // A text ends at its first zero byte, as it will when it is read back.
+    if (const void* end = length ? std::memchr(text, 0, length) : nullptr) {
+        length = static_cast<std::size_t>(static_cast<const char*>(end) - text);
+    }
+    if (length > field->length) return isam::ISAM_RECORD_TOO_LONG;
+    if (field->type == FT_FSTRING) {
+        std::uint8_t* at = FixedAt(*field);
+        std::memset(at, 0, field->length);
+        if (length) std::memcpy(at, text, length);
+    } else {
+        m_variable[field->position].assign(text ? text : "", length);
+    }
+    m_modified = true;
+    return isam::ISAM_OK;
+}
+
+int CRecordSchema::GetBinary(const char* name, std::string* value) const {
+    int error = 0;
+    const FieldDef* field = FindOfType(name, kBinaryTypes, std::size(kBinaryTypes), &error);
+    if (field && value) *value = m_variable[field->position];
+    return error;
+}
+
+int CRecordSchema::SetBinary(const char* name, const void* data, std::size_t length) {
+    int error = 0;
+    const FieldDef* field = FindOfType(name, kBinaryTypes, std::size(kBinaryTypes), &error);
+    if (!field) return error;
+    if (length > UINT32_MAX) return isam::ISAM_RECORD_TOO_LONG;
+    m_variable[field->position].assign(data ? static_cast<const char*>(data) : "", data ? length : 0);
+    m_modified = true;
+    return isam::ISAM_OK;
+}
+
+int CRecordSchema::CopyFieldsFrom(const CRecordSchema& other) {
+    if (!m_table || !other.m_table) return QVB_NO_SCHEMA;
+    for (const FieldDef& field : m_table->fields) {
+        const FieldDef* source = findField(*other.m_table, field.name);
+        if (!source || source->type != field.type) continue;
+        if (isFixedWidth(field.type)) {
+            if (source->length != field.length) continue;
+            std::memcpy(FixedAt(field), other.FixedAt(*source), field.length);
+            continue;
+        }
+        const std::string& value = other.m_variable[source->position];
+        if (field.type == FT_STRING && value.size() > field.length) return isam::ISAM_RECORD_TOO_LONG;
+        m_variable[field.position] = value;
+    }
+    m_modified = true;
+    return isam::ISAM_OK;
+}
+
+const std::string& CRecordSchema::VariableValueAt(std::size_t i) const { return m_variable.at(i); }
+
+int CRecordSchema::Pack(const std::uint8_t** record, std::size_t* length) {
+    if (!m_table) return QVB_NO_SCHEMA;
+    m_buffer.assign(m_fixed.begin(), m_fixed.begin() + m_table->recordLength);
+    for (const FieldDef& field : m_table->fields) {
+        if (isFixedWidth(field.type)) continue;
+        const std::string& value = m_variable[field.position];
+        if (field.type == FT_4STRING) {
+            std::uint8_t prefix[4];
+            storeLittleEndian(prefix, static_cast<std::uint32_t>(value.size()));
+            m_buffer.insert(m_buffer.end(), prefix, prefix + 4);
+            m_buffer.insert(m_buffer.end(), value.begin(), value.end());
+        } else {
+            m_buffer.insert(m_buffer.end(), value.begin(), value.end());
+            m_buffer.push_back(0);
+        }
+    }
+    *record = m_buffer.data();
+    *length = m_buffer.size();
+    return isam::ISAM_OK;
+}
+
+std::uint8_t* CRecordSchema::ReadBuffer(std::size_t capacity) {
+    m_readCapacity = std::max(m_readCapacity, capacity);
+    m_buffer.resize(m_readCapacity);
+    return m_buffer.data();
+}
+
+int CRecordSchema::Unpack(std::size_t length) {
+    if (!m_table) return QVB_NO_SCHEMA;
+    const std::uint8_t* record = m_buffer.data();
+    const std::size_t fixedLength = m_table->recordLength;
+    if (length < fixedLength || length > m_buffer.size()) return isam::ISAM_RECORD_TOO_SHORT;
+    // Everything is checked before anything is taken, so a malformed record
+    // leaves the previous values in place.
+    std::vector<std::string> variable(m_variable.size());
+    std::size_t at = fixedLength;
+    for (const FieldDef& field : m_table->fields) {
+        if (isFixedWidth(field.type) || at >= length) continue;
+        const std::size_t rest = length - at;
+        std::string& value = variable[field.position];
+        if (field.type == FT_4STRING) {
+            if (rest < 4) return isam::ISAM_RECORD_TOO_SHORT;
+            const std::uint32_t n = loadLittleEndian<std::uint32_t>(record + at);
+            if (n > rest - 4) return isam::ISAM_RECORD_TOO_SHORT;
+            value.assign(reinterpret_cast<const char*>(record + at + 4), n);
+            at += 4 + n;
+        } else {
+            const void* end = std::memchr(record + at, 0, rest);
+            const std::size_t n = end ? static_cast<const std::uint8_t*>(end) - (record + at) : rest;
+            value.assign(reinterpret_cast<const char*>(record + at), n);
+            at += end ? n + 1 : n;
+        }
+    }
+    std::fill(m_fixed.begin(), m_fixed.end(), 0);
+    std::memcpy(m_fixed.data(), record, std::min(length, m_fixed.size()));
+    m_variable.swap(variable);
+    return isam::ISAM_OK;
+}

@@ -1,0 +1,84 @@
+// A table's field schema and its current record: field values got and set by
+// name, packed into the record buffer for a write and unpacked after a read.
+//
+// The fixed-width fields live in an image of the fixed part; each variable field
+// (a text or a length-prefixed binary) is held on its own. Only a write packs the
+// two into the buffer, and only a read fills them from it.
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "core/IsamFile.h"
+#include "core/LibraryErrors.h"
+
+class CRecordSchema : public CIsamFile {
+    DECLARE_DYNAMIC(CRecordSchema)
+
+public:
+    // Binds the table's fields and allocates the values and the buffer.
+    void Define(const qvb::catalogue::TableDef& table) override;
+    void ReleaseDefinition() override;
+
+    // Set by every successful set-field operation.
+    virtual bool IsModified() const { return m_modified; }
+    virtual void ClearModified() { m_modified = false; }
+
+    bool HasSchema() const { return m_table != nullptr; }
+
+    // Field access by name: 0, or QVB_NO_SUCH_FIELD. The 32-bit accessors take
+    // FT_INT4U, FT_INT4 and FT_DATE; the 16-bit ones FT_INT2U and FT_INT2; the flag
+    // accessors FT_BOOL. Setting a missing field with the 16-bit or flag setter is
+    // ignored (0); a text longer than its field is ISAM_RECORD_TOO_LONG.
+    int GetLong(const char* name, std::uint32_t* value) const;
+    int SetLong(const char* name, std::uint32_t value);
+    int GetShort(const char* name, std::uint16_t* value) const;
+    int SetShort(const char* name, std::uint16_t value);
+    int GetBool(const char* name, bool* value) const;
+    int SetBool(const char* name, bool value);
+    // Any field as text: numbers in decimal, texts and binaries as their bytes.
+    int GetText(const char* name, std::string* value) const;
+    int SetText(const char* name, const char* text, std::size_t length);
+    int SetText(const char* name, const std::string& text) {
+        return SetText(name, text.data(), text.size());
+    }
+    // Binary (FT_4STRING) fields.
+    int GetBinary(const char* name, std::string* value) const;
+    int SetBinary(const char* name, const void* data, std::size_t length);
+    int ClearBinary(const char* name) { return SetBinary(name, nullptr, 0); }
+
+    // Takes the value of every field that `other` has under the same name and type
+    // (a record of one layout into another); the other fields keep their values.
+    int CopyFieldsFrom(const CRecordSchema& other);
+
+    // The fields in record order, for walking a record without knowing its table.
+    std::size_t FieldCount() const { return m_table ? m_table->fields.size() : 0; }
+    const qvb::catalogue::FieldDef& FieldAt(std::size_t i) const { return m_table->fields[i]; }
+    int GetTextAt(std::size_t i, std::string* value) const;
+    // Binary fields by ordinal: the whole value.
+    const std::string& VariableValueAt(std::size_t i) const;
+
+protected:
+    // Packs the values into the buffer: QVB_NO_SCHEMA when no schema is bound.
+    int Pack(const std::uint8_t** record, std::size_t* length);
+    // The buffer to read a record into: at least `capacity` bytes, and never less
+    // than the largest record read so far, so that a second read is rare.
+    std::uint8_t* ReadBuffer(std::size_t capacity);
+    std::size_t ReadCapacity() const { return m_buffer.size(); }
+    // Takes the values from a record read into the buffer.
+    int Unpack(std::size_t length);
+
+private:
+    const qvb::catalogue::FieldDef* Find(const char* name) const;
+    const qvb::catalogue::FieldDef* FindOfType(const char* name, const std::uint16_t* types,
+                                               std::size_t count, int* error) const;
+    std::uint8_t* FixedAt(const qvb::catalogue::FieldDef& field);
+    const std::uint8_t* FixedAt(const qvb::catalogue::FieldDef& field) const;
+
+    std::vector<std::uint8_t> m_fixed;     // the fixed part
+    std::vector<std::string> m_variable;   // the variable fields in order
+    std::vector<std::uint8_t> m_buffer;    // the packed record of a read or write
+    std::size_t m_readCapacity = 0;
+    bool m_modified = false;
+};
