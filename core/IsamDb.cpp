@@ -47,55 +47,62 @@ int CIsamDb::RebuildNamedFile(const std::string& name) {
 
 // ---- Resources ------------------------------------------------------------------------
 
+// Runs an engine call on one of this instance's tables.
+template <typename Call>
+int CIsamDb::OnTable(const CIsamTable& table, Call call) {
+    if (!IsRegistered(&table)) return QVB_NOT_REGISTERED;
+    const int rc = table.SelectInstance();
+    return rc != isam::ISAM_OK ? rc : call(table.FileNumber());
+}
+
+int CIsamDb::WriteResource(const CIsamTable& table, std::uint32_t number, const void* data,
+                           std::size_t length, bool replace) {
+    return OnTable(table, [&](isam::FileNumber file) {
+        const int rc = m_resource.Build(number, data, length);
+        if (rc != isam::ISAM_OK) return rc;
+        const auto write = replace ? isam::updateResource : isam::addResource;
+        return write(file, CIsamResource::kType, number, m_resource.Record(), m_resource.RecordLength());
+    });
+}
+
 int CIsamDb::AddResource(const CIsamTable& table, std::uint32_t number, const void* data,
                          std::size_t length) {
-    if (!IsRegistered(&table)) return QVB_NOT_REGISTERED;
-    int rc = m_resource.Build(number, data, length);
-    if (rc == isam::ISAM_OK) rc = table.SelectInstance();
-    if (rc != isam::ISAM_OK) return rc;
-    return isam::addResource(table.FileNumber(), CIsamResource::kType, number, m_resource.Record(),
-                             m_resource.RecordLength());
+    return WriteResource(table, number, data, length, false);
 }
 
 int CIsamDb::UpdateResource(const CIsamTable& table, std::uint32_t number, const void* data,
                             std::size_t length) {
-    if (!IsRegistered(&table)) return QVB_NOT_REGISTERED;
-    int rc = m_resource.Build(number, data, length);
-    if (rc == isam::ISAM_OK) rc = table.SelectInstance();
-    if (rc != isam::ISAM_OK) return rc;
-    return isam::updateResource(table.FileNumber(), CIsamResource::kType, number,
-                                m_resource.Record(), m_resource.RecordLength());
+    return WriteResource(table, number, data, length, true);
 }
 
 int CIsamDb::GetResource(const CIsamTable& table, std::uint32_t number, void* data,
                          std::size_t* length) {
-    if (!IsRegistered(&table)) return QVB_NOT_REGISTERED;
-    int rc = table.SelectInstance();
-    if (rc != isam::ISAM_OK) return rc;
-    std::size_t stored = 0;
-    rc = isam::readResource(table.FileNumber(), CIsamResource::kType, number, m_resource.ReadArea(),
-                            CIsamResource::ReadCapacity(), &stored);
-    // A resource longer than any this library writes is not one of its own.
-    if (rc == isam::ISAM_BUFFER_TOO_SHORT) return isam::ISAM_DAMAGED;
-    const std::uint8_t* content = nullptr;
-    std::size_t contentLength = 0;
-    if (rc == isam::ISAM_OK) rc = m_resource.Parse(stored, &content, &contentLength);
-    if (rc != isam::ISAM_OK) return rc;
-    if (contentLength > *length) return QVB_RESOURCE_BUFFER_SHORT;
-    if (contentLength) std::memcpy(data, content, contentLength);
-    *length = contentLength;
-    return isam::ISAM_OK;
+    if (!data && *length) return isam::ISAM_BAD_PARAMETER;
+    return OnTable(table, [&](isam::FileNumber file) {
+        std::size_t stored = 0;
+        int rc = isam::readResource(file, CIsamResource::kType, number, m_resource.ReadArea(),
+                                    CIsamResource::ReadCapacity(), &stored);
+        // A resource longer than any this library writes is not one of its own.
+        if (rc == isam::ISAM_BUFFER_TOO_SHORT) return isam::ISAM_DAMAGED;
+        const std::uint8_t* content = nullptr;
+        std::size_t contentLength = 0;
+        if (rc == isam::ISAM_OK) rc = m_resource.Parse(stored, &content, &contentLength);
+        if (rc != isam::ISAM_OK) return rc;
+        if (contentLength > *length) return QVB_RESOURCE_BUFFER_SHORT;
+        if (contentLength) std::memcpy(data, content, contentLength);
+        *length = contentLength;
+        return isam::ISAM_OK;
+    });
 }
 
 int CIsamDb::ResourceNumbers(const CIsamTable& table, std::vector<std::uint32_t>* numbers) {
-    if (!IsRegistered(&table)) return QVB_NOT_REGISTERED;
-    const int rc = table.SelectInstance();
-    return rc != isam::ISAM_OK ? rc : isam::listResources(table.FileNumber(), CIsamResource::kType, numbers);
+    return OnTable(table, [&](isam::FileNumber file) {
+        return isam::listResources(file, CIsamResource::kType, numbers);
+    });
 }
 
 int CIsamDb::DeleteResource(const CIsamTable& table, std::uint32_t number) {
-    if (!IsRegistered(&table)) return QVB_NOT_REGISTERED;
-    const int rc = table.SelectInstance();
-    return rc != isam::ISAM_OK ? rc
-                               : isam::deleteResource(table.FileNumber(), CIsamResource::kType, number);
+    return OnTable(table, [&](isam::FileNumber file) {
+        return isam::deleteResource(file, CIsamResource::kType, number);
+    });
 }

@@ -38,6 +38,10 @@ public:
 
 protected:
     int Register(CIsamFile* file);
+    template <typename Call>
+    int OnTable(const CIsamTable& table, Call call);
+    int WriteResource(const CIsamTable& table, std::uint32_t number, const void* data,
+                      std::size_t length, bool replace);
     int Unregister(CIsamFile* file);
 
     std::vector<CIsamFile*> m_files;

@@ -97,54 +97,52 @@ const std::uint8_t* CRecordSchema::FixedAt(const FieldDef& field) const {
     return m_fixed.data() + field.position;
 }
 
-int CRecordSchema::GetLong(const char* name, std::uint32_t* value) const {
+template <typename T, std::size_t N>
+int CRecordSchema::GetFixed(const char* name, const std::uint16_t (&types)[N], T* value) const {
     int error = 0;
-    const FieldDef* field = FindOfType(name, kLongTypes, std::size(kLongTypes), &error);
-    if (field && value) *value = loadLittleEndian<std::uint32_t>(FixedAt(*field));
+    const FieldDef* field = FindOfType(name, types, N, &error);
+    if (field && value) *value = loadLittleEndian<T>(FixedAt(*field));
     return error;
+}
+
+template <typename T, std::size_t N>
+int CRecordSchema::SetFixed(const char* name, const std::uint16_t (&types)[N], T value,
+                            bool ignoreMissing) {
+    if (ignoreMissing && !Find(name)) return isam::ISAM_OK;
+    int error = 0;
+    const FieldDef* field = FindOfType(name, types, N, &error);
+    if (!field) return error;
+    storeLittleEndian(FixedAt(*field), value);
+    m_modified = true;
+    return isam::ISAM_OK;
+}
+
+int CRecordSchema::GetLong(const char* name, std::uint32_t* value) const {
+    return GetFixed(name, kLongTypes, value);
 }
 
 int CRecordSchema::SetLong(const char* name, std::uint32_t value) {
-    int error = 0;
-    const FieldDef* field = FindOfType(name, kLongTypes, std::size(kLongTypes), &error);
-    if (!field) return error;
-    storeLittleEndian(FixedAt(*field), value);
-    m_modified = true;
-    return isam::ISAM_OK;
+    return SetFixed(name, kLongTypes, value, false);
 }
 
 int CRecordSchema::GetShort(const char* name, std::uint16_t* value) const {
-    int error = 0;
-    const FieldDef* field = FindOfType(name, kShortTypes, std::size(kShortTypes), &error);
-    if (field && value) *value = loadLittleEndian<std::uint16_t>(FixedAt(*field));
-    return error;
+    return GetFixed(name, kShortTypes, value);
 }
 
+// A missing field is no error for the 16-bit and the flag setters.
 int CRecordSchema::SetShort(const char* name, std::uint16_t value) {
-    if (!Find(name)) return isam::ISAM_OK;
-    int error = 0;
-    const FieldDef* field = FindOfType(name, kShortTypes, std::size(kShortTypes), &error);
-    if (!field) return error;
-    storeLittleEndian(FixedAt(*field), value);
-    m_modified = true;
-    return isam::ISAM_OK;
+    return SetFixed(name, kShortTypes, value, true);
 }
 
 int CRecordSchema::GetBool(const char* name, bool* value) const {
-    int error = 0;
-    const FieldDef* field = FindOfType(name, kBoolTypes, std::size(kBoolTypes), &error);
-    if (field && value) *value = *FixedAt(*field) != 0;
-    return error;
+    std::uint8_t byte = 0;
+    const int rc = GetFixed(name, kBoolTypes, &byte);
+    if (rc == isam::ISAM_OK && value) *value = byte != 0;
+    return rc;
 }
 
 int CRecordSchema::SetBool(const char* name, bool value) {
-    if (!Find(name)) return isam::ISAM_OK;
-    int error = 0;
-    const FieldDef* field = FindOfType(name, kBoolTypes, std::size(kBoolTypes), &error);
-    if (!field) return error;
-    *FixedAt(*field) = value ? 1 : 0;
-    m_modified = true;
-    return isam::ISAM_OK;
+    return SetFixed(name, kBoolTypes, static_cast<std::uint8_t>(value ? 1 : 0), true);
 }
 
 int CRecordSchema::GetText(const char* name, std::string* value) const {

@@ -73,6 +73,10 @@ private:
     const qvb::catalogue::FieldDef* Find(const char* name) const;
     const qvb::catalogue::FieldDef* FindOfType(const char* name, const std::uint16_t* types,
                                                std::size_t count, int* error) const;
+    template <typename T, std::size_t N>
+    int GetFixed(const char* name, const std::uint16_t (&types)[N], T* value) const;
+    template <typename T, std::size_t N>
+    int SetFixed(const char* name, const std::uint16_t (&types)[N], T value, bool ignoreMissing);
     std::uint8_t* FixedAt(const qvb::catalogue::FieldDef& field);
     const std::uint8_t* FixedAt(const qvb::catalogue::FieldDef& field) const;
 
