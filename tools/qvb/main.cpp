@@ -1,58 +1,62 @@
 // qvb: the command-line tool over Qvb databases.
 #include <cstdio>
-#include <cstring>
+#include <exception>
 #include <string>
 
-#include "tools/qvb/EngineDemo.h"
+#include "tools/qvb/Commands.h"
 
 namespace {
 
-void usage(FILE* out) {
-    std::fputs(
-        "usage: qvb <command> [arguments]\n"
-        "\n"
-        "commands:\n"
-        "  demo DIR    build a sample database in DIR and show what it holds\n"
-        "\n"
-        "Every command takes --help. Exit codes: 0 success, 1 the operation failed,\n"
-        "2 wrong usage.\n",
-        out);
-}
+using namespace qvbtool;
 
-bool wantsHelp(int argc, char** argv) {
-    for (int i = 1; i < argc; ++i) {
-        if (!std::strcmp(argv[i], "--help") || !std::strcmp(argv[i], "-h")) return true;
-    }
-    return false;
-}
+struct Command {
+    const char* name;
+    int (*run)(const Args&);
+};
 
-int demo(int argc, char** argv) {
-    if (wantsHelp(argc, argv)) {
-        std::puts("usage: qvb demo DIR\n\nCreates DIR/demo.Prj with every project table, adds sample\n"
-                  "records and lists them by key.");
-        return 0;
+constexpr Command kCommands[] = {
+    {"create", runCreate},
+    {"info", runInfo},
+    {"dump", runDump},
+    {"demo", runDemo},
+};
+
+constexpr const char* kUsage =
+    "usage: qvb <command> [arguments]\n"
+    "\n"
+    "commands:\n"
+    "  create DIR NAME --project|--dictionary   create DIR/NAME.Prj or DIR/NAME.Dic\n"
+    "  info FILE                                kind, version, tables and resources\n"
+    "  dump FILE TABLE [--json]                 every record of one table\n"
+    "  demo DIR                                 create and show a sample project\n"
+    "\n"
+    "FILE is a project (NAME.Prj) or a dictionary (NAME.Dic). Every command takes\n"
+    "--help. Exit codes: 0 success, 1 the operation failed, 2 wrong usage.\n";
+
+int run(int argc, char** argv) {
+    if (argc < 2) {
+        std::fputs(kUsage, stderr);
+        return kExitUsage;
     }
-    if (argc != 2) {
-        std::fputs("qvb demo: expected one directory\n", stderr);
-        return 2;
+    const std::string name = argv[1];
+    if (name == "--help" || name == "-h" || name == "help") return printHelp(kUsage);
+    for (const Command& command : kCommands) {
+        if (name == command.name) return command.run(Args(argv + 2, argv + argc));
     }
-    return runEngineDemo(argv[1]);
+    std::fprintf(stderr, "qvb: unknown command '%s'\n\n", name.c_str());
+    std::fputs(kUsage, stderr);
+    return kExitUsage;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc < 2) {
-        usage(stderr);
-        return 2;
+    try {
+        return run(argc, argv);
+    } catch (const std::exception& e) {
+        std::fprintf(stderr, "qvb: %s\n", e.what());
+    } catch (...) {
+        std::fputs("qvb: unexpected failure\n", stderr);
     }
-    const std::string command = argv[1];
-    if (command == "--help" || command == "-h" || command == "help") {
-        usage(stdout);
-        return 0;
-    }
-    if (command == "demo") return demo(argc - 1, argv + 1);
-    std::fprintf(stderr, "qvb: unknown command '%s'\n", command.c_str());
-    usage(stderr);
-    return 2;
+    return kExitFailed;
 }

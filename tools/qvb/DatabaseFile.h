@@ -1,0 +1,34 @@
+// A database named by its file: "DIR/NAME.Prj" is the project NAME in DIR,
+// "DIR/NAME.Dic" the dictionary. The library takes the three parts apart.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "qvb/qvb.h"
+
+namespace qvbtool {
+
+struct DatabaseFile {
+    std::string path;       // DIR/NAME.EXT
+    std::string directory;  // DIR/ (with the separator)
+    std::string name;       // NAME
+    DBTYPEONE kind = PROJECT;
+};
+
+const char* kindName(DBTYPEONE kind);
+
+// The file of a database of `kind` named `name` in `directory`.
+DatabaseFile databaseIn(const std::string& directory, const std::string& name, DBTYPEONE kind);
+
+// Splits a path by its extension; false, with the reason, when the extension names
+// no kind of database or the name is empty.
+bool parseDatabaseFile(const std::string& path, DatabaseFile* file, std::string* problem);
+
+std::unique_ptr<CDbObject> newDatabase(DBTYPEONE kind);
+
+// Opens the database as it is (no rebuild); kExitOk, or kExitFailed once reported.
+int openDatabase(CDbObject& db, const DatabaseFile& file, const char* command);
+int closeDatabase(CDbObject& db, const DatabaseFile& file, const char* command);
+
+}  // namespace qvbtool

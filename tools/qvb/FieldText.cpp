@@ -1,0 +1,140 @@
+#include "tools/qvb/FieldText.h"
+
+#include "core/Catalogue.h"
+
+namespace qvbtool {
+
+namespace {
+
+using namespace qvb::catalogue;
+
+constexpr char kHexDigits[] = "0123456789abcdef";
+
+void appendHexByte(std::string& out, unsigned char byte) {
+    out += kHexDigits[byte >> 4];
+    out += kHexDigits[byte & 15];
+}
+
+std::string hexPrefix(const std::string& bytes) {
+    std::string hex;
+    for (std::size_t i = 0; i < bytes.size() && i < kHexPrefixBytes; ++i) {
+        appendHexByte(hex, static_cast<unsigned char>(bytes[i]));
+    }
+    return hex;
+}
+
+}  // namespace
+
+ValueKind valueKindOf(std::uint16_t fieldType) {
+    switch (fieldType) {
+        case FT_4STRING:
+            return ValueKind::Binary;
+        case FT_STRING:
+        case FT_FSTRING:
+            return ValueKind::Text;
+        default:
+            return ValueKind::Number;
+    }
+}
+
+void appendReadable(std::string& out, ValueKind kind, const std::string& value) {
+    if (kind == ValueKind::Number) {
+        out += value;
+        return;
+    }
+    if (kind == ValueKind::Binary) {
+        out += std::to_string(value.size()) + (value.size() == 1 ? " byte" : " bytes");
+        if (!value.empty()) out += " " + hexPrefix(value);
+        if (value.size() > kHexPrefixBytes) out += "...";
+        return;
+    }
+    // Fixed-width names are stored padded with spaces; a count reads better.
+    std::size_t end = value.size();
+    while (end > 0 && value[end - 1] == ' ') --end;
+    out += '"';
+    for (std::size_t i = 0; i < end; ++i) {
+        const auto byte = static_cast<unsigned char>(value[i]);
+        switch (byte) {
+            case '"':
+                out += "\\\"";
+                break;
+            case '\\':
+                out += "\\\\";
+                break;
+            case '\n':
+                out += "\\n";
+                break;
+            case '\r':
+                out += "\\r";
+                break;
+            case '\t':
+                out += "\\t";
+                break;
+            default:
+                if (byte < 0x20 || byte >= 0x7f) {
+                    out += "\\x";
+                    appendHexByte(out, byte);
+                } else {
+                    out += static_cast<char>(byte);
+                }
+        }
+    }
+    out += '"';
+    const std::size_t padding = value.size() - end;
+    if (padding) out += " + " + std::to_string(padding) + (padding == 1 ? " space" : " spaces");
+}
+
+void appendJsonString(std::string& out, const std::string& bytes) {
+    out += '"';
+    for (const char c : bytes) {
+        const auto byte = static_cast<unsigned char>(c);
+        switch (byte) {
+            case '"':
+                out += "\\\"";
+                break;
+            case '\\':
+                out += "\\\\";
+                break;
+            case '\b':
+                out += "\\b";
+                break;
+            case '\f':
+                out += "\\f";
+                break;
+            case '\n':
+                out += "\\n";
+                break;
+            case '\r':
+                out += "\\r";
+                break;
+            case '\t':
+                out += "\\t";
+                break;
+            default:
+                if (byte < 0x20 || byte >= 0x7f) {
+                    out += "\\u00";
+                    appendHexByte(out, byte);
+                } else {
+                    out += c;
+                }
+        }
+    }
+    out += '"';
+}
+
+void appendJson(std::string& out, ValueKind kind, const std::string& value) {
+    switch (kind) {
+        case ValueKind::Number:
+            out += value;
+            return;
+        case ValueKind::Text:
+            appendJsonString(out, value);
+            return;
+        case ValueKind::Binary:
+            out += "{\"length\": " + std::to_string(value.size()) + ", \"hex\": \"" +
+                   hexPrefix(value) + "\"}";
+            return;
+    }
+}
+
+}  // namespace qvbtool

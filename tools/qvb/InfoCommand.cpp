@@ -1,0 +1,104 @@
+// qvb info FILE: kind, stored version, tables with their record counts, resources.
+#include <cstdint>
+#include <cstdio>
+#include <vector>
+
+#include "core/DbInternals.h"
+#include "core/RecordAccess.h"
+#include "tools/qvb/Commands.h"
+
+namespace qvbtool {
+
+namespace {
+
+constexpr const char* kUsage =
+    "usage: qvb info FILE\n"
+    "\n"
+    "Shows the kind and stored version of the project or dictionary FILE (NAME.Prj\n"
+    "or NAME.Dic), every table it has with its record count, and its resource\n"
+    "records with their lengths.\n";
+
+// Resources are read into a buffer of this size; a longer one is reported as such.
+constexpr WORD kResourceRoom = 1024;
+
+// Appends the description of an open database; kExitOk, or kExitFailed once reported.
+int describe(CDbObject& db, const DatabaseFile& file, const char* command, std::string* text) {
+    const int version = db.GetDBVersion();
+    // A database made by CreateDb alone has no version stored.
+    const bool noVersion = db.GetError() == isam::ISAM_NO_RECORD;
+    if (db.GetError() != 0 && !noVersion) {
+        return operationFailed(command, "cannot read the stored version", db.GetError());
+    }
+    const int tables = CDbInternals::TablesAtStoredVersion(db);
+
+    appendf(*text, "file      %s\n", file.path.c_str());
+    appendf(*text, "kind      %s\n", kindName(file.kind));
+    appendf(*text, "version   %s\n", noVersion ? "none" : std::to_string(version).c_str());
+    appendf(*text, "tables    %d\n", tables);
+    appendf(*text, "  %5s  %-12s %9s\n", "index", "name", "records");
+    for (int i = 0; i < tables; ++i) {
+        CIsamTable& table = CDbInternals::Table(db, i);
+        const char* name = table.Table() ? table.Table()->name : "?";
+        std::uint32_t records = 0;
+        if (!CDbInternals::Run(db, [&] { return qvb::countRecords(table, 1, &records); })) {
+            return operationFailed(command, std::string("cannot count the records of ") + name,
+                                   db.GetError());
+        }
+        appendf(*text, "  %5d  %-12s %9u\n", i, name, records);
+    }
+
+    std::vector<std::uint32_t> numbers;
+    if (!CDbInternals::Run(db, [&] {
+            return CDbInternals::State(db)->engine->ResourceNumbers(CDbInternals::Table(db, 0),
+                                                                    &numbers);
+        })) {
+        return operationFailed(command, "cannot list the resource records", db.GetError());
+    }
+    appendf(*text, "resources %zu\n", numbers.size());
+    if (numbers.empty()) return kExitOk;
+    appendf(*text, "  %10s  %9s\n", "number", "bytes");
+    std::vector<unsigned char> data(kResourceRoom);
+    for (const std::uint32_t number : numbers) {
+        WORD length = kResourceRoom;
+        if (db.GetResource(number, data.data(), &length)) {
+            appendf(*text, "  %10u  %9u\n", number, static_cast<unsigned>(length));
+        } else if (db.GetError() == QVB_RESOURCE_BUFFER_SHORT) {
+            appendf(*text, "  %10u  %9s\n", number, ("> " + std::to_string(kResourceRoom)).c_str());
+        } else {
+            return operationFailed(command, "cannot read resource " + std::to_string(number),
+                                   db.GetError());
+        }
+    }
+    return kExitOk;
+}
+
+}  // namespace
+
+int showInfo(const DatabaseFile& file, const char* command) {
+    const auto db = newDatabase(file.kind);
+    if (const int rc = openDatabase(*db, file, command)) return rc;
+    std::string text;
+    const int described = describe(*db, file, command, &text);
+    const int closed = closeDatabase(*db, file, command);
+    if (described != kExitOk) return described;
+    if (closed != kExitOk) return closed;
+    std::fputs(text.c_str(), stdout);
+    return kExitOk;
+}
+
+int runInfo(const Args& args) {
+    if (wantsHelp(args)) return printHelp(kUsage);
+    const SplitArgs split = splitArgs(args);
+    if (!split.options.empty()) {
+        return usageError("info", "unknown option " + split.options[0], kUsage);
+    }
+    if (split.operands.size() != 1) return usageError("info", "expected one FILE", kUsage);
+    DatabaseFile file;
+    std::string problem;
+    if (!parseDatabaseFile(split.operands[0], &file, &problem)) {
+        return usageError("info", problem, kUsage);
+    }
+    return showInfo(file, "info");
+}
+
+}  // namespace qvbtool
