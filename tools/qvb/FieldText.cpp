@@ -23,6 +23,33 @@ std::string hexPrefix(const std::string& bytes) {
     return hex;
 }
 
+// A text between quotes: the usual escapes for quote, backslash and control
+// characters, and every other byte outside printable ASCII as `other` followed by
+// its two hex digits.
+void appendQuoted(std::string& out, const std::string& bytes, const char* other) {
+    out += '"';
+    for (const char c : bytes) {
+        const auto byte = static_cast<unsigned char>(c);
+        switch (byte) {
+            case '"': out += "\\\""; break;
+            case '\\': out += "\\\\"; break;
+            case '\b': out += "\\b"; break;
+            case '\f': out += "\\f"; break;
+            case '\n': out += "\\n"; break;
+            case '\r': out += "\\r"; break;
+            case '\t': out += "\\t"; break;
+            default:
+                if (byte < 0x20 || byte >= 0x7f) {
+                    out += other;
+                    appendHexByte(out, byte);
+                } else {
+                    out += c;
+                }
+        }
+    }
+    out += '"';
+}
+
 }  // namespace
 
 ValueKind valueKindOf(std::uint16_t fieldType) {
@@ -51,76 +78,12 @@ void appendReadable(std::string& out, ValueKind kind, const std::string& value) 
     // Fixed-width names are stored padded with spaces; a count reads better.
     std::size_t end = value.size();
     while (end > 0 && value[end - 1] == ' ') --end;
-    out += '"';
-    for (std::size_t i = 0; i < end; ++i) {
-        const auto byte = static_cast<unsigned char>(value[i]);
-        switch (byte) {
-            case '"':
-                out += "\\\"";
-                break;
-            case '\\':
-                out += "\\\\";
-                break;
-            case '\n':
-                out += "\\n";
-                break;
-            case '\r':
-                out += "\\r";
-                break;
-            case '\t':
-                out += "\\t";
-                break;
-            default:
-                if (byte < 0x20 || byte >= 0x7f) {
-                    out += "\\x";
-                    appendHexByte(out, byte);
-                } else {
-                    out += static_cast<char>(byte);
-                }
-        }
-    }
-    out += '"';
+    appendQuoted(out, value.substr(0, end), "\\x");
     const std::size_t padding = value.size() - end;
     if (padding) out += " + " + std::to_string(padding) + (padding == 1 ? " space" : " spaces");
 }
 
-void appendJsonString(std::string& out, const std::string& bytes) {
-    out += '"';
-    for (const char c : bytes) {
-        const auto byte = static_cast<unsigned char>(c);
-        switch (byte) {
-            case '"':
-                out += "\\\"";
-                break;
-            case '\\':
-                out += "\\\\";
-                break;
-            case '\b':
-                out += "\\b";
-                break;
-            case '\f':
-                out += "\\f";
-                break;
-            case '\n':
-                out += "\\n";
-                break;
-            case '\r':
-                out += "\\r";
-                break;
-            case '\t':
-                out += "\\t";
-                break;
-            default:
-                if (byte < 0x20 || byte >= 0x7f) {
-                    out += "\\u00";
-                    appendHexByte(out, byte);
-                } else {
-                    out += c;
-                }
-        }
-    }
-    out += '"';
-}
+void appendJsonString(std::string& out, const std::string& bytes) { appendQuoted(out, bytes, "\\u00"); }
 
 void appendJson(std::string& out, ValueKind kind, const std::string& value) {
     switch (kind) {
