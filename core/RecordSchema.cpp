@@ -246,8 +246,6 @@ int CRecordSchema::CopyFieldsFrom(const CRecordSchema& other) {
     return isam::ISAM_OK;
 }
 
-const std::string& CRecordSchema::VariableValueAt(std::size_t i) const { return m_variable.at(i); }
-
 int CRecordSchema::Pack(const std::uint8_t** record, std::size_t* length) {
     if (!m_table) return QVB_NO_SCHEMA;
     m_buffer.assign(m_fixed.begin(), m_fixed.begin() + m_table->recordLength);

@@ -56,8 +56,6 @@ public:
     std::size_t FieldCount() const { return m_table ? m_table->fields.size() : 0; }
     const qvb::catalogue::FieldDef& FieldAt(std::size_t i) const { return m_table->fields[i]; }
     int GetTextAt(std::size_t i, std::string* value) const;
-    // Binary fields by ordinal: the whole value.
-    const std::string& VariableValueAt(std::size_t i) const;
 
 protected:
     // Packs the values into the buffer: QVB_NO_SCHEMA when no schema is bound.

@@ -192,6 +192,22 @@ TEST_F(RecordLayerTest, RecordsRoundTripWithEveryKindOfField) {
     EXPECT_EQ(font, back);
 }
 
+TEST_F(RecordLayerTest, AnUpdateByIdChangesOnlyWhatItSets) {
+    addPhrase(4, 1, "before");
+    ASSERT_EQ(1, CDbInternals::Run(db_, [&] {
+        return updateById(phrases(), 4, [](RecordWriter& r) { r.Long("PairLangId", 2); });
+    }));
+    EXPECT_EQ((std::vector<DWORD>{4}), phrasesOfPair(2));
+    ASSERT_EQ(1, CDbInternals::Run(db_, [&] { return readById(phrases(), 4); }));
+    std::string source;
+    ASSERT_EQ(0, phrases().GetText("SText", &source));
+    EXPECT_EQ("before", source);
+    EXPECT_EQ(0, CDbInternals::Run(db_, [&] {
+        return updateById(phrases(), 5, [](RecordWriter& r) { r.Long("PairLangId", 2); });
+    }));
+    EXPECT_EQ(isam::ISAM_NO_RECORD, db_.GetError());
+}
+
 TEST_F(RecordLayerTest, KeyPrefixWalksFindExactlyTheRecordsOfOneKey) {
     addPhrase(1, 2, "b");
     addPhrase(2, 1, "a");
