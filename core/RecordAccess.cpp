@@ -102,22 +102,44 @@ int positionsWithPrefix(CIsamTable& table, int index, const void* prefix, std::s
     return rc;
 }
 
+namespace {
+
+// Appends the 32-bit field `field` of the table's current record to `ids`.
+int appendField(const CIsamTable& table, const char* field, CDWordArray& ids) {
+    std::uint32_t id = 0;
+    const int rc = table.GetLong(field, &id);
+    if (rc == isam::ISAM_OK) ids.Add(id);
+    return rc;
+}
+
+}  // namespace
+
 int appendAll(CIsamTable& table, int index, const char* field, CDWordArray& ids) {
-    return forEachRecord(table, index, [&] {
-        std::uint32_t id = 0;
-        const int rc = table.GetLong(field, &id);
-        if (rc == isam::ISAM_OK) ids.Add(id);
-        return rc;
-    });
+    return forEachRecord(table, index, [&] { return appendField(table, field, ids); });
+}
+
+int appendAllWithId(CIsamTable& table, int index, std::uint32_t id, const char* field,
+                    CDWordArray& ids) {
+    return forEachWithId(table, index, id, [&] { return appendField(table, field, ids); });
+}
+
+int countWithId(CIsamTable& table, int index, std::uint32_t id, std::uint32_t* count) {
+    std::uint32_t n = 0;
+    const int rc = table.CountByPrefix(index, &id, sizeof id, &n);
+    if (rc != isam::ISAM_OK && rc != isam::ISAM_NO_RECORD) return rc;
+    if (count) *count = rc == isam::ISAM_OK ? n : 0;
+    return isam::ISAM_OK;
 }
 
 int countRecords(CIsamTable& table, int index, std::uint32_t* count) {
-    *count = 0;
+    std::uint32_t n = 0;
     for (int rc = table.First(index);; rc = table.Next(index)) {
-        if (rc == isam::ISAM_NO_RECORD) return isam::ISAM_OK;
+        if (rc == isam::ISAM_NO_RECORD) break;
         if (rc != isam::ISAM_OK) return rc;
-        ++*count;
+        ++n;
     }
+    if (count) *count = n;
+    return isam::ISAM_OK;
 }
 
 int deleteAll(CIsamTable& table) {

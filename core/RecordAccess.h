@@ -138,6 +138,14 @@ int forEachWithId(CIsamTable& table, int index, std::uint32_t id, Visit visit) {
 // Appends the 32-bit field `field` of every record of a walk to `ids`.
 int appendAll(CIsamTable& table, int index, const char* field, CDWordArray& ids);
 
+// The same for the records whose key in `index` begins with the identifier `id`.
+int appendAllWithId(CIsamTable& table, int index, std::uint32_t id, const char* field,
+                    CDWordArray& ids);
+
+// The number of records whose key in `index` begins with the identifier `id`. Counts
+// go to the caller only on success; a null `count` just counts.
+int countWithId(CIsamTable& table, int index, std::uint32_t id, std::uint32_t* count);
+
 // The number of records, counted by walking `index`.
 int countRecords(CIsamTable& table, int index, std::uint32_t* count);
 

@@ -76,6 +76,8 @@ void CRecordSchema::ReleaseDefinition() {
     m_variable.clear();
     m_buffer.clear();
     m_buffer.shrink_to_fit();
+    m_packed.clear();
+    m_packed.shrink_to_fit();
 }
 
 const FieldDef* CRecordSchema::Find(const char* name) const {
@@ -248,22 +250,22 @@ int CRecordSchema::CopyFieldsFrom(const CRecordSchema& other) {
 
 int CRecordSchema::Pack(const std::uint8_t** record, std::size_t* length) {
     if (!m_table) return QVB_NO_SCHEMA;
-    m_buffer.assign(m_fixed.begin(), m_fixed.begin() + m_table->recordLength);
+    m_packed.assign(m_fixed.begin(), m_fixed.begin() + m_table->recordLength);
     for (const FieldDef& field : m_table->fields) {
         if (isFixedWidth(field.type)) continue;
         const std::string& value = m_variable[field.position];
         if (field.type == FT_4STRING) {
             std::uint8_t prefix[4];
             storeLittleEndian(prefix, static_cast<std::uint32_t>(value.size()));
-            m_buffer.insert(m_buffer.end(), prefix, prefix + 4);
-            m_buffer.insert(m_buffer.end(), value.begin(), value.end());
+            m_packed.insert(m_packed.end(), prefix, prefix + 4);
+            m_packed.insert(m_packed.end(), value.begin(), value.end());
         } else {
-            m_buffer.insert(m_buffer.end(), value.begin(), value.end());
-            m_buffer.push_back(0);
+            m_packed.insert(m_packed.end(), value.begin(), value.end());
+            m_packed.push_back(0);
         }
     }
-    *record = m_buffer.data();
-    *length = m_buffer.size();
+    *record = m_packed.data();
+    *length = m_packed.size();
     return isam::ISAM_OK;
 }
 

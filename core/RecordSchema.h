@@ -58,7 +58,7 @@ public:
     int GetTextAt(std::size_t i, std::string* value) const;
 
 protected:
-    // Packs the values into the buffer: QVB_NO_SCHEMA when no schema is bound.
+    // Packs the values for a write: QVB_NO_SCHEMA when no schema is bound.
     int Pack(const std::uint8_t** record, std::size_t* length);
     // The buffer to read a record into: at least `capacity` bytes, and never less
     // than the largest record read so far, so that a second read is rare.
@@ -80,7 +80,8 @@ private:
 
     std::vector<std::uint8_t> m_fixed;     // the fixed part
     std::vector<std::string> m_variable;   // the variable fields in order
-    std::vector<std::uint8_t> m_buffer;    // the packed record of a read or write
+    std::vector<std::uint8_t> m_buffer;    // a record read, sized for the largest one
+    std::vector<std::uint8_t> m_packed;    // a record to write; apart, so that reads keep their room
     std::size_t m_readCapacity = 0;
     bool m_modified = false;
 };

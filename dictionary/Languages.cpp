@@ -82,9 +82,6 @@ int CDbObject::EnumSLang(CDWordArray& ids) {
 
 int CDbObject::GetSLangCount(DWORD* count) {
     return Run([&] {
-        std::uint32_t n = 0;
-        const int rc = countRecords(Table(TAB_SLANG), 1, &n);
-        if (rc == isam::ISAM_OK && count) *count = n;
-        return Result(rc);
+        return Result(countRecords(Table(TAB_SLANG), 1, count));
     });
 }

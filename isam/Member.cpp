@@ -371,6 +371,7 @@ int Member::fetchByPrefix(std::size_t index, const void* prefix, std::size_t len
 void Member::closeBlob() {
     if (blob_) sqlite3_blob_close(blob_);
     blob_ = nullptr;
+    blobRow_ = -1;
 }
 
 void Member::releaseReaders() {
@@ -396,6 +397,7 @@ bool Member::readByBlob(Position position, void* buffer, std::size_t capacity, s
     }
     hasCurrent_ = true;
     current_ = position;
+    blobRow_ = position;
     recordSource_ = nullptr;
     *length = n;
     *rc = n > capacity ? ISAM_BUFFER_TOO_SHORT : ISAM_OK;
@@ -501,9 +503,18 @@ bool Member::currentKeys(std::vector<std::string>* keys) const {
         for (const IndexState& ix : indexes_) keys->push_back(ix.anchorKey);
         return true;
     }
-    if (!recordSource_ || recordSource_->columnInt(kRowColumn) != current_) return false;
-    return buildKeys(recordSource_->columnBytes(kRecordColumn),
-                     recordSource_->columnSize(kRecordColumn), keys) == ISAM_OK;
+    if (recordSource_ && recordSource_->columnInt(kRowColumn) == current_) {
+        return buildKeys(recordSource_->columnBytes(kRecordColumn),
+                         recordSource_->columnSize(kRecordColumn), keys) == ISAM_OK;
+    }
+    // A record read by position: the blob handle is still on it, unless a write to
+    // the row has expired it since (the read then fails).
+    if (!blob_ || blobRow_ != current_) return false;
+    std::string stored(static_cast<std::size_t>(sqlite3_blob_bytes(blob_)), '\0');
+    if (!stored.empty() && sqlite3_blob_read(blob_, &stored[0], int(stored.size()), 0) != SQLITE_OK) {
+        return false;
+    }
+    return buildKeys(stored.data(), stored.size(), keys) == ISAM_OK;
 }
 
 int Member::rewrite(const void* record, std::size_t length) {

@@ -180,6 +180,7 @@ private:
     // Reads records by position: moving it to another row is a seek, not a new
     // statement execution.
     sqlite3_blob* blob_ = nullptr;
+    std::int64_t blobRow_ = -1;  // the row the blob handle is on
     Statement resourceInsert_, resourceReplace_, resourceRead_, resourceDelete_;
 };
 
