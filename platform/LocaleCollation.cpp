@@ -54,57 +54,20 @@ unsigned serbianCroatianCodePage(std::uint32_t lcid) {
     }
 }
 
-// Width folding: full-width ASCII and the ideographic space become their narrow
-// forms; half-width katakana and symbols take their compatibility decomposition.
 std::u16string foldWidth(const std::u16string& text) {
-    const UNormalizer2* nfkc = nullptr;
     std::u16string out;
     out.reserve(text.size());
-    for (char16_t c : text) {
-        if (c >= 0xFF01 && c <= 0xFF5E) {
-            out.push_back(static_cast<char16_t>(c - 0xFEE0));
-        } else if (c == 0x3000) {
-            out.push_back(u' ');
-        } else if (c >= 0xFF61 && c <= 0xFFEE) {
-            UErrorCode status = U_ZERO_ERROR;
-            if (!nfkc) nfkc = unorm2_getNFKCInstance(&status);
-            UChar buffer[8];
-            int32_t n = U_SUCCESS(status) ? unorm2_getDecomposition(nfkc, c, buffer, 8, &status) : -1;
-            if (U_SUCCESS(status) && n > 0) {
-                out.append(reinterpret_cast<const char16_t*>(buffer), static_cast<std::size_t>(n));
-            } else {
-                out.push_back(c);
-            }
-        } else {
-            out.push_back(c);
-        }
-    }
+    for (char16_t c : text) appendWidthFolded(c, out);
     return out;
 }
-
-struct CollatorCloser {
-    void operator()(UCollator* c) const { ucol_close(c); }
-};
-struct ConverterCloser {
-    void operator()(UConverter* c) const { ucnv_close(c); }
-};
 
 // One locale with one option set: its converter and collator.
 class LocaleComparer {
 public:
-    LocaleComparer(std::uint32_t lcid, unsigned flags) : flags_(flags) {
-        UErrorCode status = U_ZERO_ERROR;
-        converter_.reset(ucnv_open(codePageConverterName(ansiCodePage(lcid)), &status));
-        if (U_FAILURE(status)) {
-            status = U_ZERO_ERROR;
-            converter_.reset(ucnv_open("windows-1252", &status));
-        }
-        status = U_ZERO_ERROR;
-        collator_.reset(ucol_open(localeName(lcid).c_str(), &status));
-        if (U_FAILURE(status)) {
-            status = U_ZERO_ERROR;
-            collator_.reset(ucol_open("", &status));
-        }
+    LocaleComparer(std::uint32_t lcid, unsigned flags)
+        : flags_(flags),
+          converter_(openCodePageConverter(ansiCodePage(lcid))),
+          collator_(openLocaleCollator(lcid)) {
         if (collator_ && (flags & kIgnoreCase)) {
             ucol_setStrength(collator_.get(), UCOL_SECONDARY);
         }
@@ -146,8 +109,8 @@ private:
     }
 
     unsigned flags_;
-    std::unique_ptr<UConverter, ConverterCloser> converter_;
-    std::unique_ptr<UCollator, CollatorCloser> collator_;
+    ConverterHandle converter_;
+    CollatorHandle collator_;
 };
 
 std::mutex gComparersLock;
@@ -189,7 +152,53 @@ std::string localeName(std::uint32_t lcid) {
     UErrorCode status = U_ZERO_ERROR;
     int32_t n = uloc_getLocaleForLCID(lcid, name, sizeof name, &status);
     if (U_FAILURE(status) || n <= 0) return std::string();
-    return std::string(name, static_cast<std::size_t>(n));
+    std::string found(name, static_cast<std::size_t>(n));
+    // ICU answers the root locale for identifiers it cannot place.
+    return found == "root" ? std::string() : found;
+}
+
+void IcuCloser::operator()(UCollator* collator) const { ucol_close(collator); }
+
+void IcuCloser::operator()(UConverter* converter) const { ucnv_close(converter); }
+
+ConverterHandle openCodePageConverter(unsigned codePage) {
+    UErrorCode status = U_ZERO_ERROR;
+    ConverterHandle converter(ucnv_open(codePageConverterName(codePage), &status));
+    if (U_FAILURE(status)) {
+        status = U_ZERO_ERROR;
+        converter.reset(ucnv_open("windows-1252", &status));
+    }
+    return converter;
+}
+
+CollatorHandle openLocaleCollator(std::uint32_t lcid) {
+    UErrorCode status = U_ZERO_ERROR;
+    CollatorHandle collator(ucol_open(localeName(lcid).c_str(), &status));
+    if (U_FAILURE(status)) {
+        status = U_ZERO_ERROR;
+        collator.reset(ucol_open("", &status));
+    }
+    return collator;
+}
+
+void appendWidthFolded(char16_t c, std::u16string& out) {
+    if (c >= 0xFF01 && c <= 0xFF5E) {
+        out.push_back(static_cast<char16_t>(c - 0xFEE0));
+    } else if (c == 0x3000) {
+        out.push_back(u' ');
+    } else if (c >= 0xFF61 && c <= 0xFFEE) {
+        UErrorCode status = U_ZERO_ERROR;
+        const UNormalizer2* nfkc = unorm2_getNFKCInstance(&status);
+        UChar buffer[8];
+        const int32_t n = U_SUCCESS(status) ? unorm2_getDecomposition(nfkc, c, buffer, 8, &status) : -1;
+        if (U_SUCCESS(status) && n > 0) {
+            out.append(reinterpret_cast<const char16_t*>(buffer), static_cast<std::size_t>(n));
+        } else {
+            out.push_back(c);
+        }
+    } else {
+        out.push_back(c);
+    }
 }
 
 int compareText(std::uint32_t lcid, unsigned flags, const char* a, std::size_t aLength,

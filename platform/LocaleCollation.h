@@ -5,7 +5,11 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <memory>
 #include <string>
+
+struct UCollator;
+struct UConverter;
 
 namespace platform {
 
@@ -29,5 +33,26 @@ std::string localeName(std::uint32_t lcid);
 // consistently (as substitution characters).
 int compareText(std::uint32_t lcid, unsigned flags, const char* a, std::size_t aLength,
                 const char* b, std::size_t bLength);
+
+// Building blocks shared by the locale services of this directory.
+struct IcuCloser {
+    void operator()(UCollator* collator) const;
+    void operator()(UConverter* converter) const;
+};
+using CollatorHandle = std::unique_ptr<UCollator, IcuCloser>;
+using ConverterHandle = std::unique_ptr<UConverter, IcuCloser>;
+
+// A converter for the code page, windows-1252 when that one cannot be opened; null
+// only when neither opens.
+ConverterHandle openCodePageConverter(unsigned codePage);
+
+// The collator of the locale with its default options, the root collation when the
+// locale is unknown; null only when ICU has no collation data at all.
+CollatorHandle openLocaleCollator(std::uint32_t lcid);
+
+// Appends a UTF-16 code unit with width folded: full-width ASCII and the ideographic
+// space become their narrow forms; half-width katakana and symbols take their
+// compatibility decomposition.
+void appendWidthFolded(char16_t c, std::u16string& out);
 
 }  // namespace platform
