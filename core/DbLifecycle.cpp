@@ -2,6 +2,7 @@
 #include <string>
 
 #include "core/DbState.h"
+#include "core/Markers.h"
 #include "core/Operation.h"
 #include "core/RecordAccess.h"
 
@@ -9,7 +10,6 @@ using namespace qvb::catalogue;
 
 namespace {
 
-constexpr WORD kBothFiltersStale = 3;
 // Below these stored versions the phrase tables still have their old layout.
 constexpr int kFirstProjectWithCurrentPhrases = 16;
 constexpr int kFirstDictionaryWithCurrentPhrases = 2;
@@ -109,7 +109,7 @@ int CDbObject::OpenDatabase(const char* directory, const char* name, int rebuild
     }
     if (m_pStructs->state != DB_ALLOCATED) return 0;
 
-    m_FilterValid = kBothFiltersStale;
+    m_FilterValid = qvb::kBothFiltersStale;
     m_FilePath = directory;
     m_FileName = name;
     m_pStructs->engine->SetDirectory(static_cast<const char*>(m_FilePath));

@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "core/DbState.h"
+#include "core/Markers.h"
 #include "core/Operation.h"
 #include "qvb/CDbDictionary.h"
 #include "qvb/CDbProject.h"
@@ -12,7 +13,6 @@ using namespace qvb::catalogue;
 namespace {
 
 constexpr DWORD kDefaultSortLocale = 1033;
-constexpr WORD kBothFiltersStale = 3;
 
 }  // namespace
 
@@ -22,7 +22,7 @@ CDbObject::CDbObject(DBTYPEONE kind)
       m_SortLCID(kDefaultSortLocale),
       m_NewDb(0),
       m_DbTyp(kind),
-      m_FilterValid(kBothFiltersStale),
+      m_FilterValid(qvb::kBothFiltersStale),
       m_Reserved(0),
       m_Filter(FilterNone),
       m_UserFilter() {

@@ -1,5 +1,7 @@
 // Tables one at a time, the resource records of table 0 with the stored version
 // among them, and the application's own transactions.
+#include <cstring>
+
 #include "core/DbState.h"
 #include "core/Operation.h"
 
@@ -38,7 +40,23 @@ int CDbObject::CloseTable(LONG index) {
 
 // ---- Resource records -------------------------------------------------------------------
 
+namespace {
+
+// The user filter's resource: the application's form is stored packed.
+constexpr DWORD kUserFilterResource = 3;
+
+bool isApplicationUserFilter(DWORD number, WORD length) {
+    return number == kUserFilterResource && length == sizeof(USERFILTER);
+}
+
+}  // namespace
+
 int CDbObject::AddResource(DWORD number, void* data, WORD length) {
+    USERFILTER_IN_DB packed;
+    if (isApplicationUserFilter(number, length)) {
+        length = MakeUserFilterForDB(data, packed);
+        data = &packed;
+    }
     return Run([&] {
         return Result(onEngine(m_pStructs, [&](CTrovaDB& engine) {
             return engine.AddResource(Table(TAB_SLANG), number, data, length);
@@ -47,6 +65,11 @@ int CDbObject::AddResource(DWORD number, void* data, WORD length) {
 }
 
 int CDbObject::UpdateResourceA(DWORD number, void* data, WORD length) {
+    USERFILTER_IN_DB packed;
+    if (isApplicationUserFilter(number, length)) {
+        length = MakeUserFilterForDB(data, packed);
+        data = &packed;
+    }
     return Run([&] {
         return Result(onEngine(m_pStructs, [&](CTrovaDB& engine) {
             return engine.UpdateResource(Table(TAB_SLANG), number, data, length);
@@ -57,10 +80,21 @@ int CDbObject::UpdateResourceA(DWORD number, void* data, WORD length) {
 int CDbObject::GetResource(DWORD number, void* data, WORD* length) {
     return Run([&] {
         return Result(onEngine(m_pStructs, [&](CTrovaDB& engine) {
-            std::size_t room = length ? *length : 0;
-            const int rc = engine.GetResource(Table(TAB_SLANG), number, data, &room);
-            if (rc == isam::ISAM_OK && length) *length = static_cast<WORD>(room);
-            return rc;
+            const std::size_t room = length ? *length : 0;
+            // Read into a buffer of our own: a stored user filter grows as it is
+            // unpacked, and the caller's buffer is only written when all fits.
+            alignas(USERFILTER) unsigned char own[CIsamResource::kMostData];
+            std::size_t size = sizeof own;
+            const int rc = engine.GetResource(Table(TAB_SLANG), number, own, &size);
+            if (rc != isam::ISAM_OK) return rc;
+            if (number == kUserFilterResource && size == sizeof(USERFILTER_IN_DB)) {
+                size = ConvertUserFilterToApp(own, static_cast<WORD>(size));
+            }
+            if (size > room) return QVB_RESOURCE_BUFFER_SHORT;
+            if (size && !data) return isam::ISAM_BAD_PARAMETER;
+            if (size) std::memcpy(data, own, size);
+            if (length) *length = static_cast<WORD>(size);
+            return isam::ISAM_OK;
         }));
     });
 }

@@ -13,6 +13,7 @@ const char* qvbErrorText(int error) {
         case QVB_NOT_REGISTERED: return "the table is not registered with this database";
         case QVB_FETCH_MISMATCH: return "a keyed fetch returned another number of records than counted";
         case QVB_REGISTRATION_FAILED: return "the container or a table could not be registered";
+        case QVB_UNKNOWN_KIND: return "no resource table has that element kind";
     }
     return error >= 0 ? isam::errorText(error) : "unknown library error";
 }

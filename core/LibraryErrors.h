@@ -11,6 +11,7 @@ constexpr int QVB_RESOURCE_BUFFER_SHORT = -11;  // the caller's buffer is shorte
 constexpr int QVB_NOT_REGISTERED = -12;       // the table is not registered with the instance
 constexpr int QVB_FETCH_MISMATCH = -13;       // a prefix fetch returned another number than its count
 constexpr int QVB_REGISTRATION_FAILED = -14;  // the container or a table could not be registered
+constexpr int QVB_UNKNOWN_KIND = -21;         // a resource-element kind that names no table
 
 // A short English description of an error code of either kind.
 const char* qvbErrorText(int error);

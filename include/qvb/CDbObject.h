@@ -75,12 +75,117 @@ public:
     int EnumSLang(CDWordArray& ids);
     int GetSLangCount(DWORD* count);
 
+    // ---- Phrases ------------------------------------------------------------------------
+    // A dictionary database stores 0 for MaxNrOfChar and ReadOnly whatever is passed.
+    // The allocating add: the new TextId is written to *pTextId before the insert.
+    int AddDictionary(DWORD* pTextId, DWORD PairLangId, const CString& SText,
+                      const CString& STextFiltered, const CString& TText, WORD MaxNrOfChar,
+                      int ReadOnly, int Translated, int Standard, DWORD Flags);
+    int AddDictionary(DWORD TextId, DWORD PairLangId, const CString& SText,
+                      const CString& STextFiltered, const CString& TText, WORD MaxNrOfChar,
+                      int ReadOnly, int Translated, int Standard, DWORD Flags);
+    int AddDictionary(DWORD TextId, DWORD PairLangId, const CString& SText,
+                      const CString& STextFiltered, const CString& TText, WORD MaxNrOfChar,
+                      int ReadOnly, DWORD Count, int Translated, int Standard, DWORD Flags);
+
+    // Reading one phrase. `pUsed` receives whether Count is above 0; a null pointer
+    // skips its field.
+    int GetDictionary(DWORD TextId, DWORD* pPairLangId, CString* pSText, CString* pTText,
+                      WORD* pMaxNrOfChar, int* pReadOnly, int* pUsed, int* pTranslated,
+                      int* pStandard, DWORD* pFlags);
+    int GetDictionary(DWORD TextId, DWORD* pPairLangId, CString* pSText, CString* pTText,
+                      WORD* pMaxNrOfChar, int* pReadOnly, DWORD* pCount, int* pTranslated,
+                      int* pStandard, DWORD* pFlags);
+    int GetDictionary(DWORD TextId, DWORD* pPairLangId, CString& SText, CString& TText,
+                      WORD* pMaxNrOfChar, int* pReadOnly, int* pUsed, int* pTranslated,
+                      int* pStandard, DWORD* pFlags);
+    int GetDictionary(DWORD TextId, DWORD* pPairLangId, CString& SText, CString& STextFiltered,
+                      CString& TText, WORD* pMaxNrOfChar, int* pReadOnly, int* pUsed,
+                      int* pTranslated, int* pStandard, DWORD* pFlags);
+    int GetDictionary(DWORD TextId, DWORD* pPairLangId, CString* pSText, CString* pSTextFiltered,
+                      CString* pTText, WORD* pMaxNrOfChar, int* pReadOnly, int* pUsed,
+                      int* pTranslated, int* pStandard, DWORD* pFlags);
+
+    // Rewrites every field but TextId, Count and STextFiltered. With UpdateSimilar the
+    // new translation is first offered to the untranslated phrases of the same text.
+    int UpdateDictionary(DWORD TextId, DWORD PairLangId, const CString& SText, const CString& TText,
+                         WORD MaxNrOfChar, int ReadOnly, int Translated, int Standard, DWORD Flags,
+                         int UpdateSimilar);
+    int UpdateAllSimilarSourcePhrases(DWORD TextId, CString TText);
+    // Deletes one phrase, used or not, leaving its family alone.
+    int DeleteDictionary(DWORD TextId);
+
+    // One reference more (Increment nonzero) or fewer. A count that reaches 0 removes
+    // the phrase's family once none of its members is used any more.
+    int ChangeCountInDictionary(DWORD TextId, int Increment);
+    int CanDelete(DWORD TextId, int* pCanDelete);
+    int MakeExceptionBeforeDeleting(DWORD TextId);
+    // Leaves the filter at FilterNone.
+    int DeleteUnusedPhrases(DWORD PairLangId);
+
+    // Phrase lists: identifiers of the phrases that pass the current filter, appended.
+    int EnumDictionary(CDWordArray& ids, DWORD PairLangId);
+    // The family of a source text: the non-standard members first, newest found
+    // first, then the standard ones in key order.
+    int EnumDictionary(CDWordArray& ids, DWORD PairLangId, const CString& SText);
+    int EnumDictionarySTextFiltered(CDWordArray& ids, DWORD PairLangId,
+                                    const CString& STextFiltered);
+    int EnumDictionaryReadOnly(CDWordArray& ids, DWORD PairLangId, int Value);
+    int EnumDictionaryUsed(CDWordArray& ids, DWORD PairLangId, int Value);
+    int EnumDictionaryTranslated(CDWordArray& ids, DWORD PairLangId, int Value);
+    int EnumDictionaryException(CDWordArray& ids, DWORD PairLangId, int Value);
+    // In source-text order over the whole table.
+    int EnumDictionarySort(CDWordArray& ids, DWORD PairLangId);
+
+    // ---- Exceptions -----------------------------------------------------------------------
+    int AddException(DWORD* pExceptionId, DWORD TextId, DWORD ElementTyp, DWORD ElementId,
+                     DWORD Flags);
+    int AddException(DWORD ExceptionId, DWORD TextId, DWORD ElementTyp, DWORD ElementId,
+                     DWORD Flags);
+    int GetException(DWORD ExceptionId, DWORD* TextId, DWORD* ElementTyp, DWORD* ElementId,
+                     DWORD* Flags);
+    int UpdateExceptions(DWORD ExceptionId, DWORD TextId, DWORD ElementTyp, DWORD ElementId,
+                         DWORD Flags);
+    int DeleteExceptions(DWORD ExceptionId);
+    int EnumExceptions(CDWordArray& ids);
+    int EnumExceptions(CDWordArray& ids, DWORD TextId);
+    int GetExceptionsCount(DWORD* count);
+    int GetExceptionsCount(DWORD* count, DWORD TextId);
+
+    // ---- Translation state and the user filter -----------------------------------------------
+    // Whether the markers that `filter` selects by are up to date.
+    int IsFilterValid(FILTER filter);
+    // Whether a record with these Flags passes the current filter.
+    int IsFiltered(DWORD Flags);
+    int IsPhraseTranslated(DWORD TextId, int* pTranslated);
+    // Recompute one marker in every phrase of a language pair (a project also in
+    // its resource records) and make it valid again. The user filter is kept in
+    // the object for later refreshes.
+    virtual int RefreshUserFilter(DWORD PairLangId, const USERFILTER& filter);
+    virtual int RefreshNotTranslatedFilter(DWORD PairLangId);
+
 protected:
     void SetError(LONG error);
     void ClearError();
 
+    // Rewrites every field but TextId and Count.
+    int UpdateDictionaryInternal(DWORD TextId, DWORD PairLangId, const CString& SText,
+                                 const CString& STextFiltered, const CString& TText,
+                                 WORD MaxNrOfChar, int ReadOnly, int Translated, int Standard,
+                                 DWORD Flags);
+
+    // The dictionary passes of the refreshes: each walks the pair's phrases, sets
+    // its marker in them and collects the marked phrases for the table passes.
+    int SetNotTranslatedFlagInDictionary(DWORD PairLangId);
+    int SetUserFilterFlagInDictionary(DWORD PairLangId, DWORD PLangId, DWORD SLangId);
+    // Whether a resource record, the one last read in the table of `table`, is in
+    // the user filter, by its notice and by its phrase.
+    int IsPhraseInUserFilter(RESTABLE table, DWORD TextId, int* pIn);
+
 private:
     friend class CDbInternals;
+    // The project's operations run through the same machinery as the shared ones.
+    friend class CDbProject;
 
     int AllocStructs();
     int DeAllocStructs();
@@ -106,6 +211,30 @@ private:
     // The table object of a table list index; one that answers -4 to everything
     // when the database has no such table.
     CIsamTable& Table(int index);
+
+    // Phrases
+    int CheckAndDeleteAllMembersInFamilyForCount(CString& SText, DWORD PairLangId);
+    // Find, read and delete one phrase.
+    int DeletePhrase(DWORD TextId);
+    // The family of a text with the filter switched off for the listing.
+    int EnumFamily(CDWordArray& ids, DWORD PairLangId, const CString& SText);
+
+    // Filters
+    void MarkFiltersStale();
+    // Runs the passes that recompute one marker (`refreshed`, a stale bit) with the
+    // filter switched off, then makes the marker valid if they succeeded.
+    template <typename Passes>
+    int RefreshMarkers(WORD refreshed, Passes passes);
+    // Keeps a filter for the user-filter passes; a dictionary has no used, read-only
+    // or length conditions.
+    void AdoptUserFilter(const USERFILTER& filter, bool dictionaryRules);
+    // The language whose locale matches the user filter's text; on failure the
+    // filter is left switched off.
+    int UserFilterLanguages(DWORD PairLangId, DWORD* PLangId, DWORD* SLangId);
+
+    // The stored form of the user filter (resource 3).
+    static WORD MakeUserFilterForDB(void* filter, USERFILTER_IN_DB& out);
+    static WORD ConvertUserFilterToApp(void* record, WORD size);
 
     CString m_FilePath;
     CString m_FileName;
