@@ -463,6 +463,191 @@ TEST(ToolDemoDump, TextsAreEscapedAndBinariesShownByPrefixInBothForms) {
     EXPECT_TRUE(none.items.empty());
 }
 
+// ---- phrases and languages ----------------------------------------------------------------
+
+// A phrase as the test adds it; ids are given so that the insertion order differs
+// from TextId order.
+struct PhraseSpec {
+    DWORD textId;
+    DWORD pair;
+    std::string source;
+    std::string translation;
+    int translated;
+    DWORD count;
+    DWORD flags;
+};
+
+void addPhrases(CDbObject& db, const std::vector<PhraseSpec>& phrases) {
+    for (const PhraseSpec& p : phrases) {
+        const CString source(p.source.data(), static_cast<int>(p.source.size()));
+        const CString translation(p.translation.data(), static_cast<int>(p.translation.size()));
+        ASSERT_EQ(1, db.AddDictionary(p.textId, p.pair, source, source, translation, WORD{0}, 0,
+                                      p.count, p.translated, 0, p.flags))
+            << p.textId << ": " << db.GetError();
+    }
+}
+
+// Two pairs, a phrase of a pair that does not exist, and the not-translated markers
+// refreshed for pair 1 only: phrase 3 is marked, phrase 2 (untranslated, pair 2)
+// is not. Flags 2 is the user-filter marker.
+void makePhraseProject(const std::string& dir) {
+    CDbProject db;
+    ASSERT_EQ(1, qvb::createForUse(db, (dir + "/").c_str(), "ph")) << db.GetError();
+    DWORD id = 0;
+    ASSERT_EQ(1, db.AddSLang(&id, 1033, 1031, "MS Shell Dlg", 0)) << db.GetError();
+    ASSERT_EQ(1, db.AddSLang(&id, 1033, 1036, kAwkwardName.c_str(), 0x2a)) << db.GetError();
+    ASSERT_NO_FATAL_FAILURE(addPhrases(
+        db, {
+                {5, 1, "Open", "\xd6" "ffnen", 1, 2, 0},
+                {2, 2, "Say \"hi\"\nnow\t\\", "", 0, 0, 2},
+                {7, 9, "Orphan", "Waise", 1, 0, 2},
+                {3, 1, "Close", "", 0, 0, 0x100},
+                {1, 2, "Save", "Enregistrer", 1, 0, 0},
+            }));
+    ASSERT_EQ(1, db.RefreshNotTranslatedFilter(1)) << db.GetError();
+    ASSERT_EQ(1, db.CloseDb()) << db.GetError();
+}
+
+// The TextIds of a phrases listing, in the order listed.
+std::vector<std::string> listedIds(const std::string& out) {
+    std::vector<std::string> ids;
+    for (const std::string& line : lines(out)) {
+        const auto w = words(line);
+        if (w.size() >= 5 && isNumber(w[0])) ids.push_back(w[0]);
+    }
+    return ids;
+}
+
+std::string lastLine(const std::string& out) {
+    const auto all = lines(out);
+    return all.empty() ? "" : all.back();
+}
+
+TEST(ToolPhrases, EveryPhraseInIdOrderWithTextsEscaped) {
+    TempDir dir;
+    ASSERT_NO_FATAL_FAILURE(makePhraseProject(dir.path()));
+    const ToolRun run = qvb({"phrases", dir.file("ph.Prj")});
+    ASSERT_EQ(0, run.code) << run.err;
+    EXPECT_EQ("", run.err);
+    EXPECT_EQ(
+        "  TextId     Pair    Count  Flags       Source, translation\n"
+        "       1        2        0  0x00000000  \"Save\"  \"Enregistrer\"\n"
+        "       2        2        0  0x00000002  \"Say \\\"hi\\\"\\nnow\\t\\\\\"  \"\"\n"
+        "       3        1        0  0x00000101  \"Close\"  \"\"\n"
+        "       5        1        2  0x00000000  \"Open\"  \"\\xd6ffnen\"\n"
+        "       7        9        0  0x00000002  \"Orphan\"  \"Waise\"\n"
+        "5 phrases\n",
+        run.out);
+    EXPECT_EQ(run.out, qvb({"phrases", dir.file("ph.Prj"), "--filter", "none"}).out);
+}
+
+TEST(ToolPhrases, PairAndFilterSelectByTheStoredMarkers) {
+    TempDir dir;
+    ASSERT_NO_FATAL_FAILURE(makePhraseProject(dir.path()));
+    const std::string file = dir.file("ph.Prj");
+    struct Case {
+        std::vector<std::string> options;
+        std::vector<std::string> ids;
+    };
+    for (const Case& c : std::vector<Case>{
+             {{"--pair", "1"}, {"3", "5"}},
+             {{"--pair=2"}, {"1", "2"}},
+             {{"--pair", "9"}, {"7"}},
+             {{"--pair", "4"}, {}},
+             {{"--pair", "4294967295"}, {}},
+             {{"--filter", "untranslated"}, {"3"}},
+             {{"--filter=user"}, {"2", "7"}},
+             {{"--filter", "user", "--pair", "2"}, {"2"}},
+             {{"--pair", "2", "--filter", "untranslated"}, {}},
+         }) {
+        std::vector<std::string> args{"phrases", file};
+        args.insert(args.end(), c.options.begin(), c.options.end());
+        SCOPED_TRACE(c.options[0] + " " + (c.options.size() > 1 ? c.options[1] : ""));
+        const ToolRun run = qvb(args);
+        ASSERT_EQ(0, run.code) << run.err;
+        EXPECT_EQ(c.ids, listedIds(run.out)) << run.out;
+        const std::size_t n = c.ids.size();
+        EXPECT_EQ(std::to_string(n) + (n == 1 ? " phrase" : " phrases"), lastLine(run.out));
+    }
+}
+
+TEST(ToolPhrases, LanguagesShowLocalesTrimmedFontsAndPhraseCounts) {
+    TempDir dir;
+    ASSERT_NO_FATAL_FAILURE(makePhraseProject(dir.path()));
+    const ToolRun run = qvb({"languages", dir.file("ph.Prj")});
+    ASSERT_EQ(0, run.code) << run.err;
+    EXPECT_EQ(
+        "PairLangId  PLangId       SLangId       FontName                          "
+        "Flags       Phrases\n"
+        "         1  1033 (en_US)  1031 (de_DE)  \"MS Shell Dlg\"                    "
+        "0x00000000        2\n"
+        "         2  1033 (en_US)  1036 (fr_FR)  \"Say \\\"hi\\\" caf\\xe9 \\\\ \\x01 end\"  "
+        "0x0000002a        2\n"
+        "2 language pairs\n",
+        run.out);
+}
+
+TEST(ToolPhrases, DictionaryListsItsPhrasesAndAnUnknownLocaleHasNoName) {
+    TempDir dir;
+    {
+        CDbDictionary db;
+        ASSERT_EQ(1, qvb::createForUse(db, (dir.path() + "/").c_str(), "d")) << db.GetError();
+        DWORD id = 0;
+        // 4660 (0x1234) is no locale ICU knows.
+        ASSERT_EQ(1, db.AddSLang(&id, 1033, 4660, "Arial   ", 0)) << db.GetError();
+        ASSERT_NO_FATAL_FAILURE(addPhrases(db, {{4, 1, "Yes", "Ja", 1, 0, 0},
+                                                {2, 1, "No", "Nein", 1, 0, 0}}));
+        ASSERT_EQ(1, db.CloseDb()) << db.GetError();
+    }
+    const ToolRun phrases = qvb({"phrases", dir.file("d.Dic"), "--pair", "1"});
+    ASSERT_EQ(0, phrases.code) << phrases.err;
+    EXPECT_EQ((std::vector<std::string>{"2", "4"}), listedIds(phrases.out));
+    EXPECT_NE(std::string::npos, phrases.out.find("\"No\"  \"Nein\"\n")) << phrases.out;
+
+    const ToolRun languages = qvb({"languages", dir.file("d.Dic")});
+    ASSERT_EQ(0, languages.code) << languages.err;
+    EXPECT_EQ((std::vector<std::string>{"1", "1033", "(en_US)", "4660", "\"Arial\"", "0x00000000",
+                                        "2"}),
+              words(lines(languages.out).at(1)));
+    EXPECT_EQ("1 language pair", lastLine(languages.out));
+}
+
+TEST(ToolPhrases, DemoPairsCountWhatPhrasesListsForThem) {
+    TempDir dir;
+    ASSERT_EQ(0, qvb({"demo", dir.path()}).code);
+    const std::string file = dir.file("demo.Prj");
+    const ToolRun languages = qvb({"languages", file});
+    ASSERT_EQ(0, languages.code) << languages.err;
+    const auto pairLines = lines(languages.out);
+    ASSERT_EQ(4u, pairLines.size()) << languages.out;
+    EXPECT_NE(std::string::npos, pairLines[1].find("1033 (en_US)  1031 (de_DE)"));
+    EXPECT_NE(std::string::npos, pairLines[2].find("1033 (en_US)  1036 (fr_FR)"));
+    std::size_t total = 0;
+    for (const std::string pair : {"1", "2"}) {
+        const ToolRun listed = qvb({"phrases", file, "--pair", pair});
+        ASSERT_EQ(0, listed.code) << listed.err;
+        const std::size_t n = listedIds(listed.out).size();
+        EXPECT_EQ(std::to_string(n), words(pairLines[std::stoul(pair)]).back());
+        total += n;
+    }
+    const ToolRun all = qvb({"phrases", file});
+    ASSERT_EQ(0, all.code) << all.err;
+    EXPECT_EQ(total, listedIds(all.out).size());
+}
+
+TEST(ToolPhrases, NonDatabaseFileExitsOne) {
+    TempDir dir;
+    const std::string junk = dir.file("junk.Prj");
+    std::ofstream(junk) << "not a database, just some text that is long enough to matter\n";
+    for (const std::string command : {"phrases", "languages"}) {
+        SCOPED_TRACE(command);
+        const ToolRun run = qvb({command, junk});
+        EXPECT_EQ(1, run.code);
+        EXPECT_EQ("", run.out);
+        EXPECT_EQ(0u, run.err.find("qvb " + command + ": cannot open " + junk)) << run.err;
+    }
+}
+
 // ---- usage and failures -------------------------------------------------------------------
 
 TEST(ToolUsage, HelpGoesToStdoutWithExitZero) {
@@ -472,13 +657,17 @@ TEST(ToolUsage, HelpGoesToStdoutWithExitZero) {
                                                {"create", "--help"},
                                                {"info", "-h"},
                                                {"dump", "x.Prj", "SLang", "--help"},
-                                               {"demo", "--help"}}) {
+                                               {"demo", "--help"},
+                                               {"phrases", "x.Prj", "--pair", "--help"},
+                                               {"languages", "-h"}}) {
         SCOPED_TRACE(args[0]);
         const ToolRun run = qvb(args);
         EXPECT_EQ(0, run.code);
         EXPECT_EQ(0u, run.out.find("usage: qvb")) << run.out;
         EXPECT_EQ("", run.err);
     }
+    EXPECT_NE(std::string::npos,
+              qvb({"phrases", "--help"}).out.find("as they were last refreshed"));
 }
 
 TEST(ToolUsage, WrongCallsExitTwoAndTouchNothing) {
@@ -506,6 +695,18 @@ TEST(ToolUsage, WrongCallsExitTwoAndTouchNothing) {
         {"dump", project, "SLang", "--xml"},
         {"demo"},
         {"demo", dir.path(), dir.path()},
+        {"phrases"},
+        {"phrases", project, project},
+        {"phrases", project, "--json"},
+        {"phrases", project, "--filter", "translated"},
+        {"phrases", project, "--filter"},
+        {"phrases", project, "--filter", "user", "--filter", "none"},
+        {"phrases", project, "--pair", "x"},
+        {"phrases", project, "--pair", "-1"},
+        {"phrases", project, "--pair", "4294967296"},
+        {"phrases", project, "--pair="},
+        {"languages"},
+        {"languages", project, "--pair", "1"},
     };
     for (const auto& args : calls) {
         std::string joined;
@@ -523,7 +724,10 @@ TEST(ToolFailures, MissingFileExitsOneWithTheErrorAndCreatesNothing) {
     TempDir dir;
     const std::string missing = dir.file("missing.Prj");
     for (const std::vector<std::string>& args :
-         std::vector<std::vector<std::string>>{{"info", missing}, {"dump", missing, "SLang"}}) {
+         std::vector<std::vector<std::string>>{{"info", missing},
+                                               {"dump", missing, "SLang"},
+                                               {"phrases", missing},
+                                               {"languages", missing}}) {
         SCOPED_TRACE(args[0]);
         const ToolRun run = qvb(args);
         EXPECT_EQ(1, run.code);

@@ -3,6 +3,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
+#include <utility>
 
 #include "core/LibraryErrors.h"
 
@@ -15,6 +16,41 @@ SplitArgs splitArgs(const Args& args) {
         (option || arg == "-h" ? split.options : split.operands).push_back(arg);
     }
     return split;
+}
+
+bool takeOptionValue(Args& args, const std::string& option, std::optional<std::string>* value,
+                     std::string* problem) {
+    const std::string joined = option + "=";
+    Args rest;
+    for (std::size_t i = 0; i < args.size(); ++i) {
+        const std::string& arg = args[i];
+        const bool separate = arg == option;
+        if (!separate && arg.compare(0, joined.size(), joined) != 0) {
+            rest.push_back(arg);
+            continue;
+        }
+        if (value->has_value()) {
+            *problem = option + " given twice";
+            return false;
+        }
+        if (separate && i + 1 == args.size()) {
+            *problem = option + " needs a value";
+            return false;
+        }
+        *value = separate ? args[++i] : arg.substr(joined.size());
+    }
+    args = std::move(rest);
+    return true;
+}
+
+bool parseUnsigned32(const std::string& text, std::uint32_t* value) {
+    if (text.empty() || text.size() > 10 || text.find_first_not_of("0123456789") != text.npos) {
+        return false;
+    }
+    const unsigned long long number = std::stoull(text);
+    if (number > UINT32_MAX) return false;
+    *value = static_cast<std::uint32_t>(number);
+    return true;
 }
 
 bool wantsHelp(const Args& args) {

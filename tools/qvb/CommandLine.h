@@ -2,6 +2,8 @@
 // way a failure or a wrong call is reported.
 #pragma once
 
+#include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -22,6 +24,15 @@ struct SplitArgs {
     std::vector<std::string> operands;
 };
 SplitArgs splitArgs(const Args& args);
+
+// Takes "--NAME VALUE" or "--NAME=VALUE" (`option` is "--NAME") out of `args`,
+// leaving the rest for splitArgs. False, with the reason, when the value is
+// missing or the option is given twice.
+bool takeOptionValue(Args& args, const std::string& option, std::optional<std::string>* value,
+                     std::string* problem);
+
+// A decimal number of 0 to 2^32-1, digits only.
+bool parseUnsigned32(const std::string& text, std::uint32_t* value);
 
 bool wantsHelp(const Args& args);
 

@@ -10,6 +10,8 @@ int runCreate(const Args& args);
 int runInfo(const Args& args);
 int runDump(const Args& args);
 int runDemo(const Args& args);
+int runPhrases(const Args& args);
+int runLanguages(const Args& args);
 
 // Opens the database, prints what `qvb info` shows of it and closes it; failures
 // are reported under `command`.

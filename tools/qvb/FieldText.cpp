@@ -26,7 +26,7 @@ std::string hexPrefix(const std::string& bytes) {
 // A text between quotes: the usual escapes for quote, backslash and control
 // characters, and every other byte outside printable ASCII as `other` followed by
 // its two hex digits.
-void appendQuoted(std::string& out, const std::string& bytes, const char* other) {
+void appendQuotedWith(std::string& out, const std::string& bytes, const char* other) {
     out += '"';
     for (const char c : bytes) {
         const auto byte = static_cast<unsigned char>(c);
@@ -51,6 +51,10 @@ void appendQuoted(std::string& out, const std::string& bytes, const char* other)
 }
 
 }  // namespace
+
+void appendQuoted(std::string& out, const std::string& bytes) {
+    appendQuotedWith(out, bytes, "\\x");
+}
 
 ValueKind valueKindOf(std::uint16_t fieldType) {
     switch (fieldType) {
@@ -78,12 +82,14 @@ void appendReadable(std::string& out, ValueKind kind, const std::string& value) 
     // Fixed-width names are stored padded with spaces; a count reads better.
     std::size_t end = value.size();
     while (end > 0 && value[end - 1] == ' ') --end;
-    appendQuoted(out, value.substr(0, end), "\\x");
+    appendQuoted(out, value.substr(0, end));
     const std::size_t padding = value.size() - end;
     if (padding) out += " + " + std::to_string(padding) + (padding == 1 ? " space" : " spaces");
 }
 
-void appendJsonString(std::string& out, const std::string& bytes) { appendQuoted(out, bytes, "\\u00"); }
+void appendJsonString(std::string& out, const std::string& bytes) {
+    appendQuotedWith(out, bytes, "\\u00");
+}
 
 void appendJson(std::string& out, ValueKind kind, const std::string& value) {
     switch (kind) {

@@ -21,6 +21,9 @@ constexpr std::size_t kHexPrefixBytes = 16;
 // as "N bytes 0a0b...".
 void appendReadable(std::string& out, ValueKind kind, const std::string& value);
 
+// A text quoted as appendReadable quotes it, every byte kept (no padding counted).
+void appendQuoted(std::string& out, const std::string& bytes);
+
 // As a JSON value: a number, a string, or {"length": N, "hex": "..."}.
 void appendJson(std::string& out, ValueKind kind, const std::string& value);
 

@@ -19,6 +19,8 @@ constexpr Command kCommands[] = {
     {"info", runInfo},
     {"dump", runDump},
     {"demo", runDemo},
+    {"phrases", runPhrases},
+    {"languages", runLanguages},
 };
 
 constexpr const char* kUsage =
@@ -29,6 +31,8 @@ constexpr const char* kUsage =
     "  info FILE                                kind, version, tables and resources\n"
     "  dump FILE TABLE [--json]                 every record of one table\n"
     "  demo DIR                                 create and show a sample project\n"
+    "  phrases FILE [--pair N] [--filter F]     the phrases in TextId order\n"
+    "  languages FILE                           the language pairs\n"
     "\n"
     "FILE is a project (NAME.Prj) or a dictionary (NAME.Dic). Every command takes\n"
     "--help. Exit codes: 0 success, 1 the operation failed, 2 wrong usage.\n";
