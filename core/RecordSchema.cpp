@@ -65,6 +65,12 @@ void CRecordSchema::Define(const TableDef& table) {
     CIsamFile::Define(table);
     m_fixed.assign(fixedImageSize(table), 0);
     m_variable.assign(variableCount(table), std::string());
+    m_unpacked.assign(m_variable.size(), std::string());
+    m_variableFields.clear();
+    for (const FieldDef& field : table.fields) {
+        if (!isFixedWidth(field.type)) m_variableFields.push_back(&field);
+    }
+    m_foundFields.fill({});
     m_readCapacity = bufferSize(table);
     m_buffer.assign(m_readCapacity, 0);
     m_modified = false;
@@ -74,6 +80,9 @@ void CRecordSchema::ReleaseDefinition() {
     CIsamFile::ReleaseDefinition();
     m_fixed.clear();
     m_variable.clear();
+    m_unpacked.clear();
+    m_variableFields.clear();
+    m_foundFields.fill({});
     m_buffer.clear();
     m_buffer.shrink_to_fit();
     m_packed.clear();
@@ -81,7 +90,14 @@ void CRecordSchema::ReleaseDefinition() {
 }
 
 const FieldDef* CRecordSchema::Find(const char* name) const {
-    return m_table && name ? findField(*m_table, name) : nullptr;
+    if (!m_table || !name) return nullptr;
+    // Operations name their fields with literals, so the same name usually comes
+    // at the same address: remember where it was found, and check the name.
+    FoundField& slot = m_foundFields[(reinterpret_cast<std::uintptr_t>(name) >> 3) % m_foundFields.size()];
+    if (slot.name == name && std::strcmp(slot.field->name, name) == 0) return slot.field;
+    const FieldDef* field = findField(*m_table, name);
+    if (field) slot = {name, field};
+    return field;
 }
 
 const FieldDef* CRecordSchema::FindOfType(const char* name, const std::uint16_t* types,
@@ -251,8 +267,8 @@ int CRecordSchema::CopyFieldsFrom(const CRecordSchema& other) {
 int CRecordSchema::Pack(const std::uint8_t** record, std::size_t* length) {
     if (!m_table) return QVB_NO_SCHEMA;
     m_packed.assign(m_fixed.begin(), m_fixed.begin() + m_table->recordLength);
-    for (const FieldDef& field : m_table->fields) {
-        if (isFixedWidth(field.type)) continue;
+    for (const FieldDef* variable : m_variableFields) {
+        const FieldDef& field = *variable;
         const std::string& value = m_variable[field.position];
         if (field.type == FT_4STRING) {
             std::uint8_t prefix[4];
@@ -282,12 +298,14 @@ int CRecordSchema::Unpack(std::size_t length) {
     if (length < fixedLength || length > m_buffer.size()) return isam::ISAM_RECORD_TOO_SHORT;
     // Everything is checked before anything is taken, so a malformed record
     // leaves the previous values in place.
-    std::vector<std::string> variable(m_variable.size());
+    // The values are gathered in strings kept from earlier reads, which have room.
+    for (std::string& value : m_unpacked) value.clear();
     std::size_t at = fixedLength;
-    for (const FieldDef& field : m_table->fields) {
-        if (isFixedWidth(field.type) || at >= length) continue;
+    for (const FieldDef* variable : m_variableFields) {
+        const FieldDef& field = *variable;
+        if (at >= length) break;
         const std::size_t rest = length - at;
-        std::string& value = variable[field.position];
+        std::string& value = m_unpacked[field.position];
         if (field.type == FT_4STRING) {
             if (rest < 4) return isam::ISAM_RECORD_TOO_SHORT;
             const std::uint32_t n = loadLittleEndian<std::uint32_t>(record + at);
@@ -303,6 +321,6 @@ int CRecordSchema::Unpack(std::size_t length) {
     }
     std::fill(m_fixed.begin(), m_fixed.end(), 0);
     std::memcpy(m_fixed.data(), record, std::min(length, m_fixed.size()));
-    m_variable.swap(variable);
+    m_variable.swap(m_unpacked);
     return isam::ISAM_OK;
 }

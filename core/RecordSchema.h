@@ -6,6 +6,7 @@
 // two into the buffer, and only a read fills them from it.
 #pragma once
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <vector>
@@ -80,6 +81,13 @@ private:
 
     std::vector<std::uint8_t> m_fixed;     // the fixed part
     std::vector<std::string> m_variable;   // the variable fields in order
+    std::vector<std::string> m_unpacked;   // where a read gathers them before they count
+    std::vector<const qvb::catalogue::FieldDef*> m_variableFields;  // in record order
+    struct FoundField {
+        const char* name = nullptr;
+        const qvb::catalogue::FieldDef* field = nullptr;
+    };
+    mutable std::array<FoundField, 16> m_foundFields;  // recent lookups by name
     std::vector<std::uint8_t> m_buffer;    // a record read, sized for the largest one
     std::vector<std::uint8_t> m_packed;    // a record to write; apart, so that reads keep their room
     std::size_t m_readCapacity = 0;
