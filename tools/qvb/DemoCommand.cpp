@@ -10,11 +10,40 @@ constexpr const char* kUsage =
     "usage: qvb demo DIR\n"
     "\n"
     "Creates the project DIR/demo.Prj with two language pairs, English to German\n"
-    "and English to French, and shows it as qvb info does.\n";
+    "and English to French, a few phrases in each, partly translated and with their\n"
+    "not-translated markers refreshed, and shows it as qvb info does.\n";
 
 constexpr DWORD kEnglish = 1033;
 constexpr DWORD kGerman = 1031;
 constexpr DWORD kFrench = 1036;
+
+// Source texts with their German and French translations (windows-1252); an empty
+// translation is still to be done.
+struct DemoPhrase {
+    const char* source;
+    const char* german;
+    const char* french;
+};
+constexpr DemoPhrase kPhrases[] = {
+    {"&File", "&Datei", "&Fichier"},
+    {"&Open...", "\xD6&ffnen...", "&Ouvrir..."},
+    {"Save &As...", "", "Enregistrer &sous..."},
+    {"E&xit", "&Beenden", ""},
+    {"The file \"%s\" could not be opened.", "", ""},
+};
+
+// Adds the phrases of one pair and marks the untranslated ones.
+bool addPhrases(CDbProject& db, DWORD pair, bool german) {
+    for (const DemoPhrase& phrase : kPhrases) {
+        const char* translation = german ? phrase.german : phrase.french;
+        const int translated = *translation ? 1 : 0;
+        DWORD id = 0;
+        if (!db.AddDictionary(&id, pair, phrase.source, "", translation, 0, 0, translated, 0, 0)) {
+            return false;
+        }
+    }
+    return db.RefreshNotTranslatedFilter(pair) != 0;
+}
 
 }  // namespace
 
@@ -35,10 +64,11 @@ int runDemo(const Args& args) {
     }
     for (const DWORD target : {kGerman, kFrench}) {
         DWORD pair = 0;
-        if (!db.AddSLang(&pair, kEnglish, target, "MS Shell Dlg", 0)) {
+        if (!db.AddSLang(&pair, kEnglish, target, "MS Shell Dlg", 0) ||
+            !addPhrases(db, pair, target == kGerman)) {
             const LONG error = db.GetError();
             (void)db.CloseDb();
-            return operationFailed("demo", "cannot add a language pair", error);
+            return operationFailed("demo", "cannot fill the language pairs", error);
         }
     }
     if (const int rc = closeDatabase(db, file, "demo")) return rc;
