@@ -3,7 +3,7 @@
 // database that has phrases only.
 #include <cstring>
 
-#include "dictionary/PhraseRecord.h"
+#include "core/RecordAccess.h"
 #include "dictionary/Refresh.h"
 #include "dictionary/ResourceKinds.h"
 #include "platform/TextMatching.h"
@@ -45,7 +45,8 @@ bool meets(int condition, bool property) {
     return true;
 }
 
-// The user filter's test of one phrase.
+// The user filter's test of the phrase last read: the state conditions first, and
+// only when they hold the texts, which are read as the test needs them.
 class UserFilterTest {
 public:
     UserFilterTest(const USERFILTER& filter, DWORD language)
@@ -53,27 +54,43 @@ public:
           findText_(filter.FindText, strnlen(filter.FindText, sizeof filter.FindText)),
           matcher_(language, filter.MatchCase != 0) {}
 
-    bool operator()(const Phrase& phrase) const {
-        return textMatches(phrase) && meets(filter_.StateTranslated, phrase.translated != 0) &&
-               meets(filter_.StateUsed, phrase.count > 0) &&
-               meets(filter_.StateReadOnly, phrase.readOnly != 0) &&
-               meets(filter_.StateStandard, phrase.standard != 0) &&
-               meets(filter_.StateLimited, phrase.maxNrOfChar > 0);
+    int operator()(const CIsamTable& phrases, bool* in) const {
+        std::uint32_t count = 0;
+        std::uint16_t maxNrOfChar = 0;
+        int translated = 0, readOnly = 0, standard = 0;
+        const int rc = RecordReader(phrases)
+                           .Long("Count", &count)
+                           .Short("MaxNrOfChar", &maxNrOfChar)
+                           .Bool("Translated", &translated)
+                           .Bool("ReadOnly", &readOnly)
+                           .Bool("Standard", &standard)
+                           .error();
+        *in = rc == isam::ISAM_OK && meets(filter_.StateTranslated, translated != 0) &&
+              meets(filter_.StateUsed, count > 0) && meets(filter_.StateReadOnly, readOnly != 0) &&
+              meets(filter_.StateStandard, standard != 0) &&
+              meets(filter_.StateLimited, maxNrOfChar > 0);
+        return *in ? textMatches(phrases, in) : rc;
     }
 
 private:
     // Without a find text there is no text condition; with one, an enabled side
     // must contain it.
-    bool textMatches(const Phrase& phrase) const {
-        if (findText_.empty()) return true;
-        return (filter_.InSource && contains(phrase.sText)) ||
-               (filter_.InTranslation && contains(phrase.tText));
+    int textMatches(const CIsamTable& phrases, bool* in) const {
+        if (findText_.empty()) return isam::ISAM_OK;
+        *in = false;
+        int rc = isam::ISAM_OK;
+        if (filter_.InSource) rc = contains(phrases, "SText", in);
+        if (rc == isam::ISAM_OK && !*in && filter_.InTranslation) rc = contains(phrases, "TText", in);
+        return rc;
     }
 
-    bool contains(const CString& text) const {
-        const std::string searched = filter_.IgnoreHotKeys ? matcher_.withoutHotKeys(text.GetString())
-                                                           : std::string(text.GetString(), text.GetLength());
-        return matcher_.contains(searched, findText_, filter_.WholeWord != 0);
+    int contains(const CIsamTable& phrases, const char* field, bool* in) const {
+        std::string text;
+        const int rc = phrases.GetText(field, &text);
+        if (rc != isam::ISAM_OK) return rc;
+        if (filter_.IgnoreHotKeys) text = matcher_.withoutHotKeys(text);
+        *in = matcher_.contains(text, findText_, filter_.WholeWord != 0);
+        return isam::ISAM_OK;
     }
 
     const USERFILTER& filter_;
@@ -112,9 +129,7 @@ int CDbObject::SetUserFilterFlagInDictionary(DWORD PairLangId, DWORD PLangId, DW
         bool rewritten = false;
         const int rc = markPhrases(*this, phrases, PairLangId, kUserFilterMarker, &rewritten,
                                    [&](std::uint32_t id, bool* in) {
-                                       Phrase phrase;
-                                       const int read = readPhrase(phrases, &phrase);
-                                       *in = read == isam::ISAM_OK && test(phrase);
+                                       const int read = test(phrases, in);
                                        if (*in) inFilter.add(id);
                                        return read;
                                    });
