@@ -16,45 +16,35 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <chrono>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <numeric>
 #include <random>
-#include <stdexcept>
 #include <string>
 #include <utility>
 #include <vector>
 
+#include "bench/BenchSupport.h"
 #include "isam/Container.h"
 #include "isam/Isam.h"
 
 namespace {
 
-// ---- Errors and timing ----------------------------------------------------------------
+using bench::fail;
+using bench::ScratchDir;
+using bench::Slice;
+using bench::Stmt;
 
-[[noreturn]] void fail(const std::string& what) {
-    throw std::runtime_error(what);
-}
+// ---- Errors ----------------------------------------------------------------------------
 
 void engineOk(int rc, const char* what) {
     if (rc != isam::ISAM_OK) {
         fail(std::string(what) + ": engine error " + std::to_string(rc) + " (" +
              isam::errorText(rc) + ")");
     }
-}
-
-void sqlOk(int rc, sqlite3* db, const char* what) {
-    if (rc != SQLITE_OK) fail(std::string(what) + ": " + sqlite3_errmsg(db));
-}
-
-template <typename Body>
-double secondsOf(Body body) {
-    const auto start = std::chrono::steady_clock::now();
-    body();
-    return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
 // ---- Records ---------------------------------------------------------------------------
@@ -184,39 +174,6 @@ private:
 
 // ---- The hand-written side ---------------------------------------------------------------
 
-class Stmt {
-public:
-    Stmt() = default;
-    Stmt(sqlite3* db, const char* sql) : db_(db) {
-        sqlOk(sqlite3_prepare_v3(db, sql, -1, SQLITE_PREPARE_PERSISTENT, &stmt_, nullptr), db, sql);
-    }
-    ~Stmt() { sqlite3_finalize(stmt_); }
-    Stmt(const Stmt&) = delete;
-    Stmt& operator=(const Stmt&) = delete;
-    Stmt& operator=(Stmt&& other) noexcept {
-        std::swap(db_, other.db_);
-        std::swap(stmt_, other.stmt_);
-        return *this;
-    }
-
-    sqlite3_stmt* get() const { return stmt_; }
-    // True on a row, false when done.
-    bool step() {
-        const int rc = sqlite3_step(stmt_);
-        if (rc == SQLITE_ROW) return true;
-        if (rc != SQLITE_DONE) fail(std::string("step: ") + sqlite3_errmsg(db_));
-        return false;
-    }
-    void reset() { sqlite3_reset(stmt_); }
-    void blob(int i, const void* p, std::size_t n) {
-        sqlite3_bind_blob(stmt_, i, p, static_cast<int>(n), SQLITE_STATIC);
-    }
-
-private:
-    sqlite3* db_ = nullptr;
-    sqlite3_stmt* stmt_ = nullptr;
-};
-
 struct RawKeys {
     unsigned char id[4];
     unsigned char group[4];
@@ -238,24 +195,8 @@ class RawSide {
 public:
     ~RawSide() { close(); }
 
-    // The same connection set-up as the engine's container.
     void open(const std::string& path, bool create) {
-        const int flags = SQLITE_OPEN_READWRITE | (create ? SQLITE_OPEN_CREATE : 0) |
-                          SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
-        if (sqlite3_open_v2(path.c_str(), &db_, flags, nullptr) != SQLITE_OK) {
-            fail("open " + path + ": " + sqlite3_errmsg(db_));
-        }
-        sqlite3_db_config(db_, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
-        sqlite3_busy_timeout(db_, 0);
-        const isam::StorageTuning& tuning = isam::storageTuning();
-        std::string setup = "PRAGMA locking_mode=EXCLUSIVE;";
-        if (create) setup += "PRAGMA page_size=" + std::to_string(tuning.pageSize) + ";";
-        setup +=
-            "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL; PRAGMA cell_size_check=ON;"
-            "PRAGMA trusted_schema=OFF; PRAGMA cache_size=-" +
-            std::to_string(tuning.cacheKiB) +
-            "; PRAGMA wal_autocheckpoint=" + std::to_string(tuning.checkpointPages) + ";";
-        exec(setup.c_str());
+        db_.open(path, create);
         if (create) {
             exec(
                 "BEGIN;"
@@ -265,12 +206,12 @@ public:
                 "CREATE INDEX \"RecordsI3.Qvi\" ON \"Records\"(k3);"
                 "COMMIT");
         }
-        insert = Stmt(db_, "INSERT INTO \"Records\"(rec, k1, k2, k3) VALUES(?1, ?2, ?3, ?4)");
-        byId = indexed("SELECT rec FROM \"Records\" WHERE k1 = ?1");
-        countGroup = indexed("SELECT count(*) FROM \"Records\" WHERE k2 = ?1");
-        byGroup = indexed("SELECT rec FROM \"Records\" WHERE k2 = ?1 ORDER BY k2, pos");
-        walk = indexed("SELECT rec FROM \"Records\" ORDER BY k3, pos");
-        regroup = indexed("UPDATE \"Records\" SET rec = ?1, k2 = ?2 WHERE k1 = ?3");
+        insert = db_.prepare("INSERT INTO \"Records\"(rec, k1, k2, k3) VALUES(?1, ?2, ?3, ?4)");
+        byId = db_.prepareIndexed("SELECT rec FROM \"Records\" WHERE k1 = ?1");
+        countGroup = db_.prepareIndexed("SELECT count(*) FROM \"Records\" WHERE k2 = ?1");
+        byGroup = db_.prepareIndexed("SELECT rec FROM \"Records\" WHERE k2 = ?1 ORDER BY k2, pos");
+        walk = db_.prepareIndexed("SELECT rec FROM \"Records\" ORDER BY k3, pos");
+        regroup = db_.prepareIndexed("UPDATE \"Records\" SET rec = ?1, k2 = ?2 WHERE k1 = ?3");
     }
 
     void close() {
@@ -280,13 +221,10 @@ public:
         byGroup = Stmt();
         walk = Stmt();
         regroup = Stmt();
-        if (db_) sqlite3_close_v2(db_);
-        db_ = nullptr;
+        db_.close();
     }
 
-    void exec(const char* sql) {
-        sqlOk(sqlite3_exec(db_, sql, nullptr, nullptr, nullptr), db_, sql);
-    }
+    void exec(const char* sql) { db_.exec(sql); }
 
     void add(const std::string& record) {
         const RawKeys k = keysOf(record);
@@ -301,49 +239,17 @@ public:
     Stmt insert, byId, countGroup, byGroup, walk, regroup;
 
 private:
-    // A hand-written query that sorts or scans without an index would not be the
-    // floor this benchmark needs.
-    Stmt indexed(const char* sql) {
-        Stmt plan(db_, (std::string("EXPLAIN QUERY PLAN ") + sql).c_str());
-        while (plan.step()) {
-            const std::string detail =
-                reinterpret_cast<const char*>(sqlite3_column_text(plan.get(), 3));
-            if (detail.find("TEMP B-TREE") != std::string::npos ||
-                (detail.find("SCAN") != std::string::npos &&
-                 detail.find("INDEX") == std::string::npos)) {
-                fail(std::string("unindexed plan for ") + sql + ": " + detail);
-            }
-        }
-        return Stmt(db_, sql);
-    }
-
-    sqlite3* db_ = nullptr;
+    bench::Connection db_;
 };
 
 // ---- Scratch files -----------------------------------------------------------------------
 
-class ScratchDir {
-public:
-    explicit ScratchDir(const std::string& parent) {
-        std::string pattern = parent + "/isam_vs_sqlite.XXXXXX";
-        if (!::mkdtemp(pattern.data())) fail("cannot create a directory under " + parent);
-        path_ = pattern;
+// So that the next case starts from an empty file.
+void removeDatabase(const std::string& path) {
+    for (const char* suffix : {"", "-wal", "-shm", "-journal"}) {
+        ::unlink((path + suffix).c_str());
     }
-    ~ScratchDir() {
-        for (const char* name : {"engine.db", "raw.db"}) removeDatabase(file(name));
-        ::rmdir(path_.c_str());
-    }
-    std::string file(const std::string& name) const { return path_ + "/" + name; }
-
-    static void removeDatabase(const std::string& path) {
-        for (const char* suffix : {"", "-wal", "-shm", "-journal"}) {
-            ::unlink((path + suffix).c_str());
-        }
-    }
-
-private:
-    std::string path_;
-};
+}
 
 double megabytes(const std::string& path) {
     struct stat st;
@@ -372,30 +278,14 @@ std::uint64_t mix(std::uint64_t digest, std::uint64_t value) {
     return (digest ^ value) * 1099511628211ull;
 }
 
-// Both sides work in alternating slices, so that other load on the machine and
-// changes of clock speed fall on both alike; each side's time is the sum of its
-// slices. Open transactions and cursors stay open from one slice to the next.
+// Open transactions and cursors stay open from one slice to the next.
 constexpr std::size_t kSlices = 40;
-
-struct Slice {
-    std::size_t begin;  // items [begin, end) of the case
-    std::size_t end;
-    bool first;
-    bool last;
-};
 
 template <typename EngineSlice, typename RawSlice>
 void race(Row* row, EngineSlice engineSlice, RawSlice rawSlice) {
-    for (std::size_t s = 0; s < kSlices; ++s) {
-        const Slice slice{row->count * s / kSlices, row->count * (s + 1) / kSlices, s == 0,
-                          s + 1 == kSlices};
-        const bool engineFirst = s % 2 == 0;
-        const double first = secondsOf([&] { engineFirst ? engineSlice(slice) : rawSlice(slice); });
-        const double second =
-            secondsOf([&] { engineFirst ? rawSlice(slice) : engineSlice(slice); });
-        row->engine.seconds += engineFirst ? first : second;
-        row->raw.seconds += engineFirst ? second : first;
-    }
+    bench::race(
+        row->count, kSlices, [](auto body) { return bench::secondsOf(body); }, &row->engine.seconds,
+        engineSlice, &row->raw.seconds, rawSlice);
 }
 
 void copyColumn(Stmt& st, unsigned char* buffer, std::size_t capacity) {
@@ -736,14 +626,8 @@ void runCases(const Options& options, const ScratchDir& scratch) {
     std::printf("\nfiles after all cases: %s; engine %.1f MB, hand-written %.1f MB\n",
                 same ? "same records and keys" : "CONTENTS DIFFER",
                 megabytes(scratch.file("engine.db")), megabytes(scratch.file("raw.db")));
-    ScratchDir::removeDatabase(scratch.file("engine.db"));
-    ScratchDir::removeDatabase(scratch.file("raw.db"));
-}
-
-double median(std::vector<double> values) {
-    std::sort(values.begin(), values.end());
-    const std::size_t n = values.size();
-    return n % 2 ? values[n / 2] : (values[n / 2 - 1] + values[n / 2]) / 2;
+    removeDatabase(scratch.file("engine.db"));
+    removeDatabase(scratch.file("raw.db"));
 }
 
 // Single-commit cost under other page, cache and checkpoint sizes, on a file already
@@ -779,8 +663,8 @@ void runSettings(const Options& options, const ScratchDir& scratch) {
             raw.close();
             timings[t].engine.push_back(row.engine.seconds * per);
             timings[t].raw.push_back(row.raw.seconds * per);
-            ScratchDir::removeDatabase(scratch.file("engine.db"));
-            ScratchDir::removeDatabase(scratch.file("raw.db"));
+            removeDatabase(scratch.file("engine.db"));
+            removeDatabase(scratch.file("raw.db"));
         }
     }
     isam::storageTuning() = defaults;
@@ -792,11 +676,11 @@ void runSettings(const Options& options, const ScratchDir& scratch) {
     std::printf("%6s %9s %11s %10s %10s %6s %8s\n", "page", "cache KiB", "checkpoint", "engine us",
                 "raw us", "ratio", "WAL MB");
     for (std::size_t t = 0; t < tunings.size(); ++t) {
-        const double engine = median(timings[t].engine);
-        const double raw = median(timings[t].raw);
+        const double engine = bench::median(timings[t].engine);
+        const double raw = bench::median(timings[t].raw);
         std::printf("%6d %9d %11d %10.2f %10.2f %6.2f %8.1f\n", tunings[t].pageSize,
                     tunings[t].cacheKiB, tunings[t].checkpointPages, engine, raw, engine / raw,
-                    median(timings[t].wal));
+                    bench::median(timings[t].wal));
     }
 }
 
@@ -848,7 +732,7 @@ int main(int argc, char** argv) {
         engineOk(isam::registerInstance(kInstance), "registerInstance");
         engineOk(isam::selectInstance(kInstance), "selectInstance");
         engineOk(isam::initialiseInstance(12, 16, 48, 12, 64, 0, 0, 0), "initialiseInstance");
-        ScratchDir scratch(options.dir);
+        ScratchDir scratch(options.dir, "isam_vs_sqlite");
         if (options.cases) runCases(options, scratch);
         if (options.settings) runSettings(options, scratch);
     } catch (const std::exception& error) {

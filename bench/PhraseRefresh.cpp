@@ -10,46 +10,34 @@
 // --families  source texts listed by family (default 1000)
 // --dir       where the scratch directory is made (default /tmp); it is removed at the end
 #include <sqlite3.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
 #include <chrono>
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <ctime>
-#include <filesystem>
+#include <exception>
 #include <random>
-#include <stdexcept>
 #include <string>
 #include <unordered_set>
 #include <utility>
 #include <vector>
 
-#include "core/LibraryErrors.h"
+#include "bench/BenchSupport.h"
 #include "core/NewDatabase.h"
 #include "isam/Container.h"
 #include "qvb/qvb.h"
 
 namespace {
 
-// ---- Errors and timing ----------------------------------------------------------------
+using bench::check;
+using bench::fail;
+using bench::Slice;
+using bench::Stmt;
 
-[[noreturn]] void fail(const std::string& what) {
-    throw std::runtime_error(what);
-}
-
-void check(int ok, CDbObject& db, const char* what) {
-    if (ok) return;
-    const int error = db.GetError();
-    fail(std::string(what) + ": error " + std::to_string(error) + " (" + qvbErrorText(error) + ")");
-}
-
-void sqlOk(int rc, sqlite3* db, const char* what) {
-    if (rc != SQLITE_OK) fail(std::string(what) + ": " + sqlite3_errmsg(db));
-}
+// ---- Timing ----------------------------------------------------------------------------
 
 // Wall-clock and process CPU seconds. The machine may be shared: the CPU time leaves
 // out the waits for other processes (and for the disk).
@@ -87,12 +75,7 @@ Timing median(const std::vector<Timing>& timings) {
         wall.push_back(t.wall);
         cpu.push_back(t.cpu);
     }
-    const auto middle = [](std::vector<double>& v) {
-        std::sort(v.begin(), v.end());
-        const std::size_t n = v.size();
-        return n % 2 ? v[n / 2] : (v[n / 2 - 1] + v[n / 2]) / 2;
-    };
-    return {middle(wall), middle(cpu)};
+    return {bench::median(std::move(wall)), bench::median(std::move(cpu))};
 }
 
 // ---- Phrases ---------------------------------------------------------------------------
@@ -309,49 +292,6 @@ private:
 
 // ---- The hand-written side -------------------------------------------------------------
 
-class Stmt {
-public:
-    Stmt() = default;
-    Stmt(sqlite3* db, const char* sql) : db_(db) {
-        sqlOk(sqlite3_prepare_v3(db, sql, -1, SQLITE_PREPARE_PERSISTENT, &stmt_, nullptr), db, sql);
-    }
-    ~Stmt() { sqlite3_finalize(stmt_); }
-    Stmt(const Stmt&) = delete;
-    Stmt& operator=(const Stmt&) = delete;
-    Stmt& operator=(Stmt&& other) noexcept {
-        std::swap(db_, other.db_);
-        std::swap(stmt_, other.stmt_);
-        return *this;
-    }
-
-    // True on a row, false when done.
-    bool step() {
-        const int rc = sqlite3_step(stmt_);
-        if (rc == SQLITE_ROW) return true;
-        if (rc != SQLITE_DONE) fail(std::string("step: ") + sqlite3_errmsg(db_));
-        return false;
-    }
-    void reset() { sqlite3_reset(stmt_); }
-    void integer(int i, std::int64_t v) { sqlite3_bind_int64(stmt_, i, v); }
-    void text(int i, const char* p, std::size_t n) {
-        sqlite3_bind_text(stmt_, i, p, static_cast<int>(n), SQLITE_STATIC);
-    }
-    void blob(int i, const void* p, std::size_t n) {
-        sqlite3_bind_blob(stmt_, i, p, static_cast<int>(n), SQLITE_STATIC);
-    }
-    std::int64_t integer(int column) const { return sqlite3_column_int64(stmt_, column); }
-    const char* text(int column) const {
-        return reinterpret_cast<const char*>(sqlite3_column_text(stmt_, column));
-    }
-    std::size_t bytes(int column) const {
-        return static_cast<std::size_t>(sqlite3_column_bytes(stmt_, column));
-    }
-
-private:
-    sqlite3* db_ = nullptr;
-    sqlite3_stmt* stmt_ = nullptr;
-};
-
 // The index key of a source text: its leading bytes padded with spaces, as the
 // engine keys it.
 std::string textKey(const CString& text) {
@@ -364,22 +304,8 @@ class RawSide {
 public:
     ~RawSide() { close(); }
 
-    // The connection set-up of the engine's container.
     void create(const std::string& path) {
-        const int flags = SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | SQLITE_OPEN_NOMUTEX |
-                          SQLITE_OPEN_EXRESCODE;
-        if (sqlite3_open_v2(path.c_str(), &db_, flags, nullptr) != SQLITE_OK) {
-            fail("open " + path + ": " + sqlite3_errmsg(db_));
-        }
-        sqlite3_db_config(db_, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
-        sqlite3_busy_timeout(db_, 0);
-        const isam::StorageTuning& tuning = isam::storageTuning();
-        exec(("PRAGMA locking_mode=EXCLUSIVE; PRAGMA page_size=" + std::to_string(tuning.pageSize) +
-              "; PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL; PRAGMA cell_size_check=ON;"
-              "PRAGMA trusted_schema=OFF; PRAGMA cache_size=-" +
-              std::to_string(tuning.cacheKiB) +
-              "; PRAGMA wal_autocheckpoint=" + std::to_string(tuning.checkpointPages) + ";")
-                 .c_str());
+        db_.open(path, true);
         exec(
             "BEGIN;"
             "CREATE TABLE Phrases(TextId INTEGER NOT NULL, PairLangId INTEGER NOT NULL,"
@@ -391,19 +317,19 @@ public:
             "CREATE INDEX PhrasesBySText ON Phrases(SKey);"
             "CREATE INDEX PhrasesBySTextFiltered ON Phrases(SFilteredKey);"
             "COMMIT");
-        insert_ = Stmt(db_,
-                       "INSERT INTO Phrases(TextId, PairLangId, Count, Translated, Flags, SText,"
-                       " STextFiltered, TText, SKey, SFilteredKey)"
-                       " VALUES(?1, ?2, 0, ?3, 0, ?4, ?5, ?6, ?7, ?8)");
-        walk_ = indexed(
+        insert_ = db_.prepare(
+            "INSERT INTO Phrases(TextId, PairLangId, Count, Translated, Flags, SText,"
+            " STextFiltered, TText, SKey, SFilteredKey)"
+            " VALUES(?1, ?2, 0, ?3, 0, ?4, ?5, ?6, ?7, ?8)");
+        walk_ = db_.prepareIndexed(
             "SELECT rowid, TextId, Translated, Flags, SText FROM Phrases"
             " WHERE PairLangId = ?1 ORDER BY PairLangId, rowid");
-        list_ =
-            indexed("SELECT TextId FROM Phrases WHERE PairLangId = ?1 ORDER BY PairLangId, rowid");
-        family_ = indexed(
+        list_ = db_.prepareIndexed(
+            "SELECT TextId FROM Phrases WHERE PairLangId = ?1 ORDER BY PairLangId, rowid");
+        family_ = db_.prepareIndexed(
             "SELECT TextId, PairLangId, SText FROM Phrases WHERE SKey = ?1 ORDER BY SKey, rowid");
-        setFlags_ = indexed("UPDATE Phrases SET Flags = ?1 WHERE rowid = ?2");
-        marked_ = Stmt(db_, "SELECT TextId FROM Phrases WHERE Flags & ?1 ORDER BY TextId");
+        setFlags_ = db_.prepareIndexed("UPDATE Phrases SET Flags = ?1 WHERE rowid = ?2");
+        marked_ = db_.prepare("SELECT TextId FROM Phrases WHERE Flags & ?1 ORDER BY TextId");
     }
 
     void close() {
@@ -413,13 +339,10 @@ public:
         family_ = Stmt();
         setFlags_ = Stmt();
         marked_ = Stmt();
-        if (db_) sqlite3_close_v2(db_);
-        db_ = nullptr;
+        db_.close();
     }
 
-    void exec(const char* sql) {
-        sqlOk(sqlite3_exec(db_, sql, nullptr, nullptr, nullptr), db_, sql);
-    }
+    void exec(const char* sql) { db_.exec(sql); }
     void begin() { exec("BEGIN"); }
     void commit() { exec("COMMIT"); }
 
@@ -494,43 +417,8 @@ public:
     }
 
 private:
-    // A hand-written query that sorts or scans without an index would not be the
-    // floor this benchmark needs.
-    Stmt indexed(const char* sql) {
-        Stmt plan(db_, (std::string("EXPLAIN QUERY PLAN ") + sql).c_str());
-        while (plan.step()) {
-            const std::string detail = plan.text(3);
-            const bool sorts = detail.find("TEMP B-TREE") != std::string::npos;
-            const bool scans = detail.find("SCAN") != std::string::npos &&
-                               detail.find("INDEX") == std::string::npos;
-            if (sorts || scans) {
-                fail(std::string("unindexed plan for ") + sql + ": " + detail);
-            }
-        }
-        return Stmt(db_, sql);
-    }
-
-    sqlite3* db_ = nullptr;
+    bench::Connection db_;
     Stmt insert_, walk_, list_, family_, setFlags_, marked_;
-};
-
-// ---- Scratch files ---------------------------------------------------------------------
-
-class ScratchDir {
-public:
-    explicit ScratchDir(const std::string& parent) {
-        std::string pattern = parent + "/phrase_refresh.XXXXXX";
-        if (!::mkdtemp(pattern.data())) fail("cannot create a directory under " + parent);
-        path_ = pattern;
-    }
-    ~ScratchDir() {
-        std::error_code ignored;
-        std::filesystem::remove_all(path_, ignored);
-    }
-    std::string path() const { return path_ + "/"; }
-
-private:
-    std::string path_;
 };
 
 // ---- Cases -----------------------------------------------------------------------------
@@ -547,26 +435,15 @@ struct Row {
     Timing raw;
 };
 
-// Both sides work in alternating slices, so that other load on the machine and
-// changes of clock speed fall on both alike; each side's time is the sum of its
-// slices.
 constexpr std::size_t kSlices = 20;
 // Work that changes nothing is repeated this many times, each side's median kept.
 constexpr int kRounds = 5;
 
 template <typename LibrarySlice, typename RawSlice>
 void race(Row* row, std::size_t count, LibrarySlice librarySlice, RawSlice rawSlice) {
-    for (std::size_t s = 0; s < kSlices; ++s) {
-        const std::size_t begin = count * s / kSlices;
-        const std::size_t end = count * (s + 1) / kSlices;
-        const bool libraryFirst = s % 2 == 0;
-        const Timing first =
-            timed([&] { libraryFirst ? librarySlice(begin, end) : rawSlice(begin, end); });
-        const Timing second =
-            timed([&] { libraryFirst ? rawSlice(begin, end) : librarySlice(begin, end); });
-        row->library += libraryFirst ? first : second;
-        row->raw += libraryFirst ? second : first;
-    }
+    bench::race(
+        count, kSlices, [](auto body) { return timed(body); }, &row->library, librarySlice,
+        &row->raw, rawSlice);
 }
 
 // Runs each side `rounds` times, the side that goes first alternating, and keeps the
@@ -616,19 +493,19 @@ private:
                 1e6 / static_cast<double>(data_.phrases.size())};
         race(
             &row, data_.phrases.size(),
-            [&](std::size_t begin, std::size_t end) {
-                if (begin == 0) library_.begin();
-                for (std::size_t i = begin; i < end; ++i) {
+            [&](const Slice& slice) {
+                if (slice.first) library_.begin();
+                for (std::size_t i = slice.begin; i < slice.end; ++i) {
                     library_.add(data_.phrases[i], static_cast<DWORD>(i + 1));
                 }
-                if (end == data_.phrases.size()) library_.commit();
+                if (slice.last) library_.commit();
             },
-            [&](std::size_t begin, std::size_t end) {
-                if (begin == 0) raw_.begin();
-                for (std::size_t i = begin; i < end; ++i) {
+            [&](const Slice& slice) {
+                if (slice.first) raw_.begin();
+                for (std::size_t i = slice.begin; i < slice.end; ++i) {
                     raw_.add(data_.phrases[i], static_cast<std::uint32_t>(i + 1), pair_);
                 }
-                if (end == data_.phrases.size()) raw_.commit();
+                if (slice.last) raw_.commit();
             });
         rows_.push_back(row);
     }
@@ -686,16 +563,16 @@ private:
         std::vector<std::vector<std::uint32_t>> rawFamilies(texts.size());
         race(
             &row, texts.size(),
-            [&](std::size_t begin, std::size_t end) {
-                for (std::size_t i = begin; i < end; ++i) {
+            [&](const Slice& slice) {
+                for (std::size_t i = slice.begin; i < slice.end; ++i) {
                     CDWordArray ids;
                     library_.listFamily(ids, texts[i]);
                     libraryFamilies[i] = toVector(ids);
                 }
             },
-            [&](std::size_t begin, std::size_t end) {
+            [&](const Slice& slice) {
                 raw_.begin();
-                for (std::size_t i = begin; i < end; ++i) {
+                for (std::size_t i = slice.begin; i < slice.end; ++i) {
                     raw_.listFamily(pair_, texts[i], &rawFamilies[i]);
                 }
                 raw_.commit();
@@ -781,30 +658,16 @@ struct Options {
     std::string dir = "/tmp";
 };
 
-bool parseCount(const char* value, std::size_t low, std::size_t high, std::size_t* out) {
-    char* end = nullptr;
-    const unsigned long long n = std::strtoull(value, &end, 10);
-    if (*end || n < low || n > high) return false;
-    *out = static_cast<std::size_t>(n);
-    return true;
-}
-
 bool parse(int argc, char** argv, Options* options) {
-    for (int i = 1; i < argc; ++i) {
-        const std::string arg = argv[i];
-        if (i + 1 >= argc) return false;
-        const char* value = argv[++i];
-        if (arg == "--phrases") {
-            if (!parseCount(value, 1000, 10000000, &options->phrases)) return false;
-        } else if (arg == "--families") {
-            if (!parseCount(value, kSlices, 100000, &options->families)) return false;
-        } else if (arg == "--dir") {
-            options->dir = value;
-        } else {
-            return false;
+    return bench::parseNamedValues(argc, argv, [&](const std::string& name, const char* value) {
+        if (name == "--phrases") return bench::parseCount(value, 1000, 10000000, &options->phrases);
+        if (name == "--families") {
+            return bench::parseCount(value, kSlices, 100000, &options->families);
         }
-    }
-    return true;
+        if (name != "--dir") return false;
+        options->dir = value;
+        return true;
+    });
 }
 
 }  // namespace
@@ -818,7 +681,7 @@ int main(int argc, char** argv) {
         return 2;
     }
     try {
-        ScratchDir scratch(options.dir);
+        bench::ScratchDir scratch(options.dir, "phrase_refresh");
         const Dataset data = makeDataset(options.phrases, options.families, 20240607);
         describe(data);
         Benchmark benchmark(data, scratch.path());
