@@ -29,7 +29,6 @@ public:
     void clear() { ids_.clear(); }
     void add(std::uint32_t id) { ids_.insert(id); }
     bool contains(std::uint32_t id) const { return ids_.count(id) != 0; }
-    std::size_t size() const { return ids_.size(); }
 
 private:
     std::unordered_set<std::uint32_t> ids_;

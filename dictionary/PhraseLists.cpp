@@ -26,15 +26,17 @@ struct Condition {
 // read: lists are long.
 int appendCurrent(CDbObject& db, const CIsamTable& phrases, DWORD PairLangId, Condition condition,
                   CDWordArray& ids) {
-    std::uint32_t id = 0, pair = 0, flags = 0, number = 0;
+    PhraseHead head;
+    std::uint32_t number = 0;
     int flag = 0;
     RecordReader record(phrases);
-    record.Long("TextId", &id).Long("PairLangId", &pair).Long("Flags", &flags);
     if (condition.field && condition.flag) record.Bool(condition.field, &flag);
     if (condition.field && !condition.flag) record.Long(condition.field, &number);
-    if (record.error() != isam::ISAM_OK) return record.error();
+    int rc = record.error();
+    if (rc == isam::ISAM_OK) rc = readPhraseHead(phrases, &head);
+    if (rc != isam::ISAM_OK) return rc;
     const bool meets = !condition.field || (flag != 0 || number != 0) == (condition.value != 0);
-    if (pair == PairLangId && meets && db.IsFiltered(flags)) ids.Add(id);
+    if (head.pairLangId == PairLangId && meets && db.IsFiltered(head.flags)) ids.Add(head.textId);
     return isam::ISAM_OK;
 }
 

@@ -2,6 +2,14 @@
 
 namespace qvb {
 
+int readPhraseHead(const CIsamTable& table, PhraseHead* head) {
+    return RecordReader(table)
+        .Long("TextId", &head->textId)
+        .Long("PairLangId", &head->pairLangId)
+        .Long("Flags", &head->flags)
+        .error();
+}
+
 int readPhrase(const CIsamTable& table, Phrase* phrase) {
     return RecordReader(table)
         .Long("TextId", &phrase->textId)

@@ -27,6 +27,15 @@ struct Phrase {
     CString tText;
 };
 
+// What every walk over a pair's phrases looks at first.
+struct PhraseHead {
+    std::uint32_t textId = 0;
+    std::uint32_t pairLangId = 0;
+    std::uint32_t flags = 0;
+};
+
+int readPhraseHead(const CIsamTable& table, PhraseHead* head);
+
 // Reads every field of the table's current record.
 int readPhrase(const CIsamTable& table, Phrase* phrase);
 

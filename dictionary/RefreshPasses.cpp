@@ -3,7 +3,7 @@
 // database that has phrases only.
 #include <cstring>
 
-#include "core/RecordAccess.h"
+#include "dictionary/PhraseRecord.h"
 #include "dictionary/Refresh.h"
 #include "dictionary/ResourceKinds.h"
 #include "platform/TextMatching.h"
@@ -23,14 +23,14 @@ template <typename Belongs>
 int markPhrases(CDbObject& db, CIsamTable& phrases, DWORD PairLangId, std::uint32_t marker,
                 bool* rewritten, Belongs belongs) {
     return forEachWithId(phrases, kByPair, PairLangId, [&] {
-        std::uint32_t id = 0, pair = 0, flags = 0;
+        PhraseHead head;
         bool in = false;
-        int rc = RecordReader(phrases).Long("TextId", &id).Long("PairLangId", &pair).Long("Flags", &flags).error();
-        if (rc != isam::ISAM_OK || pair != PairLangId || !db.IsFiltered(flags)) return rc;
-        rc = belongs(id, &in);
+        int rc = readPhraseHead(phrases, &head);
+        if (rc != isam::ISAM_OK || head.pairLangId != PairLangId || !db.IsFiltered(head.flags)) return rc;
+        rc = belongs(head.textId, &in);
         if (rc != isam::ISAM_OK) return rc;
-        const std::uint32_t marked = withMarker(flags, marker, in);
-        if (marked == flags) return isam::ISAM_OK;
+        const std::uint32_t marked = withMarker(head.flags, marker, in);
+        if (marked == head.flags) return isam::ISAM_OK;
         *rewritten = true;
         rc = RecordWriter(phrases).Long("Flags", marked).error();
         return rc != isam::ISAM_OK ? rc : phrases.Rewrite();
