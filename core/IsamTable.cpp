@@ -99,7 +99,8 @@ int CIsamTable::ReadCurrent() {
     return ReadAt(m_position);
 }
 
-int CIsamTable::ReadAt(isam::Position position) {
+template <typename Unpacking>
+int CIsamTable::Read(isam::Position position, Unpacking unpack) {
     if (!HasSchema()) return QVB_NO_SCHEMA;
     return Position([&](isam::Position* at) {
         *at = position;
@@ -111,8 +112,17 @@ int CIsamTable::ReadAt(isam::Position position) {
             buffer = ReadBuffer(length);
             rc = isam::readRecord(m_fileNumber, position, buffer, ReadCapacity(), &length);
         }
-        return rc == isam::ISAM_OK ? Unpack(length) : rc;
+        return rc == isam::ISAM_OK ? unpack(length) : rc;
     });
+}
+
+int CIsamTable::ReadAt(isam::Position position) {
+    return Read(position, [&](std::size_t length) { return Unpack(length); });
+}
+
+int CIsamTable::ReadCurrentFixedPart() {
+    if (!m_positioned) return isam::ISAM_NO_CURRENT_RECORD;
+    return Read(m_position, [&](std::size_t length) { return UnpackFixedPart(length); });
 }
 
 int CIsamTable::Add() {
@@ -120,7 +130,10 @@ int CIsamTable::Add() {
     std::size_t length = 0;
     const int packed = Pack(&record, &length);
     if (packed != isam::ISAM_OK) return packed;
-    return Position([&](isam::Position* at) { return isam::addRecord(m_fileNumber, record, length, at); });
+    const int rc =
+        Position([&](isam::Position* at) { return isam::addRecord(m_fileNumber, record, length, at); });
+    ReleaseLargeScratch();
+    return rc;
 }
 
 int CIsamTable::Rewrite() {
@@ -128,7 +141,9 @@ int CIsamTable::Rewrite() {
     std::size_t length = 0;
     const int packed = Pack(&record, &length);
     if (packed != isam::ISAM_OK) return packed;
-    return OnEngine([&] { return isam::rewriteRecord(m_fileNumber, record, length); });
+    const int rc = OnEngine([&] { return isam::rewriteRecord(m_fileNumber, record, length); });
+    ReleaseLargeScratch();
+    return rc;
 }
 
 int CIsamTable::Delete() {

@@ -37,6 +37,9 @@ public:
     // Records.
     int ReadCurrent();
     int ReadAt(isam::Position position);
+    // Reads the current record's fixed-width fields only; the variable fields keep
+    // the values of the table's last read or set.
+    int ReadCurrentFixedPart();
     int Add();
     int Rewrite();
     int Delete();
@@ -53,6 +56,9 @@ private:
     // Runs a call that positions on a record, which becomes the current one.
     template <typename Call>
     int Position(Call call);
+    // Reads the record at `position` into the buffer and unpacks it with `unpack`.
+    template <typename Unpacking>
+    int Read(isam::Position position, Unpacking unpack);
 
     isam::Position m_position = 0;
     bool m_positioned = false;

@@ -72,6 +72,11 @@ int readById(CIsamTable& table, std::uint32_t id) {
     return rc != isam::ISAM_OK ? rc : table.ReadCurrent();
 }
 
+int readFixedPartById(CIsamTable& table, std::uint32_t id) {
+    const int rc = table.FindId(id);
+    return rc != isam::ISAM_OK ? rc : table.ReadCurrentFixedPart();
+}
+
 int nextId(CIsamTable& table, const char* idField, std::uint32_t* id) {
     int rc = table.Last(1);
     if (rc == isam::ISAM_NO_RECORD) {
@@ -79,7 +84,7 @@ int nextId(CIsamTable& table, const char* idField, std::uint32_t* id) {
         return isam::ISAM_OK;
     }
     std::uint32_t last = 0;
-    if (rc == isam::ISAM_OK) rc = table.ReadCurrent();
+    if (rc == isam::ISAM_OK) rc = table.ReadCurrentFixedPart();
     if (rc == isam::ISAM_OK) rc = table.GetLong(idField, &last);
     if (rc == isam::ISAM_OK && last == UINT32_MAX) rc = isam::ISAM_FILE_FULL;
     if (rc == isam::ISAM_OK) *id = last + 1;

@@ -56,14 +56,29 @@ private:
 
 // Finds the record with identifier `id` on I1 and reads it.
 int readById(CIsamTable& table, std::uint32_t id);
+// The same, reading the fixed part only: enough for an operation that replaces the
+// variable part, or reads none of it.
+int readFixedPartById(CIsamTable& table, std::uint32_t id);
 
 // The identifier the next record gets: the last one in I1 order plus one, 1 in an
-// empty table. Reading the last record leaves its values in the table's buffer.
+// empty table. Positioning on the last record loads its fixed part only, as a find
+// does; the variable fields keep the values of the table's previous operation.
 int nextId(CIsamTable& table, const char* idField, std::uint32_t* id);
 
+// Find and read the record with identifier `id`, then `take` gets its fields from
+// the reader, whose first failure is the result.
+template <typename Take>
+int readFieldsById(CIsamTable& table, std::uint32_t id, Take take) {
+    const int rc = readById(table, id);
+    if (rc != isam::ISAM_OK) return rc;
+    RecordReader reader(table);
+    take(reader);
+    return reader.error();
+}
+
 // The allocating add: the new identifier goes to the caller before the record is
-// written; `fill` sets the other fields (fields it leaves alone keep the values of
-// the record read to find the identifier).
+// written; `fill` sets the other fields (fields it leaves alone keep what nextId
+// left: the last record's fixed part, the previous operation's variable fields).
 template <typename Fill>
 int addWithNewId(CIsamTable& table, const char* idField, std::uint32_t* newId, Fill fill) {
     std::uint32_t id = 0;
@@ -151,5 +166,24 @@ int countRecords(CIsamTable& table, int index, std::uint32_t* count);
 
 // Deletes every record of a table.
 int deleteAll(CIsamTable& table);
+
+// A count that is the size of an enumeration: `enumerate` fills a scratch array,
+// and its size goes to the caller whatever the outcome, so that after a failure
+// the caller learns how many were gathered.
+template <typename Enumerate>
+int countByEnumerating(std::uint32_t* count, Enumerate enumerate) {
+    CDWordArray scratch;
+    const int rc = enumerate(scratch);
+    if (count) *count = static_cast<std::uint32_t>(scratch.GetSize());
+    return rc;
+}
+
+// The text padded on the right with blanks to `width` characters, as fixed-width
+// texts are stored; a longer text is left as it is (its field may refuse it).
+inline CString paddedWithBlanks(const CString& text, int width) {
+    CString padded = text;
+    if (padded.GetLength() < width) padded += CString(' ', width - padded.GetLength());
+    return padded;
+}
 
 }  // namespace qvb

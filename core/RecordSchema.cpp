@@ -59,6 +59,10 @@ void storeLittleEndian(std::uint8_t* p, T value) {
 
 bool isSigned(std::uint16_t type) { return type == FT_INT4 || type == FT_INT2; }
 
+// Scratch up to this size is kept from one record to the next; beyond it, it is
+// given back after use, so that one large blob does not stay with the table.
+constexpr std::size_t kScratchKept = std::size_t{1} << 20;
+
 }  // namespace
 
 void CRecordSchema::Define(const TableDef& table) {
@@ -264,6 +268,18 @@ int CRecordSchema::CopyFieldsFrom(const CRecordSchema& other) {
     return isam::ISAM_OK;
 }
 
+void CRecordSchema::ReleaseLargeScratch() {
+    const std::size_t usual = m_table && m_buffer.size() > kScratchKept ? bufferSize(*m_table) : 0;
+    if (m_buffer.size() > kScratchKept && m_buffer.size() > usual) {
+        m_readCapacity = usual;
+        std::vector<std::uint8_t>(usual, 0).swap(m_buffer);
+    }
+    if (m_packed.capacity() > kScratchKept) std::vector<std::uint8_t>().swap(m_packed);
+    for (std::string& value : m_unpacked) {
+        if (value.capacity() > kScratchKept) std::string().swap(value);
+    }
+}
+
 int CRecordSchema::Pack(const std::uint8_t** record, std::size_t* length) {
     if (!m_table) return QVB_NO_SCHEMA;
     m_packed.assign(m_fixed.begin(), m_fixed.begin() + m_table->recordLength);
@@ -319,8 +335,15 @@ int CRecordSchema::Unpack(std::size_t length) {
             at += end ? n + 1 : n;
         }
     }
-    std::fill(m_fixed.begin(), m_fixed.end(), 0);
-    std::memcpy(m_fixed.data(), record, std::min(length, m_fixed.size()));
     m_variable.swap(m_unpacked);
+    return UnpackFixedPart(length);
+}
+
+int CRecordSchema::UnpackFixedPart(std::size_t length) {
+    if (!m_table) return QVB_NO_SCHEMA;
+    if (length < m_table->recordLength || length > m_buffer.size()) return isam::ISAM_RECORD_TOO_SHORT;
+    std::fill(m_fixed.begin(), m_fixed.end(), 0);
+    std::memcpy(m_fixed.data(), m_buffer.data(), std::min(length, m_fixed.size()));
+    ReleaseLargeScratch();
     return isam::ISAM_OK;
 }

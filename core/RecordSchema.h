@@ -67,6 +67,11 @@ protected:
     std::size_t ReadCapacity() const { return m_buffer.size(); }
     // Takes the values from a record read into the buffer.
     int Unpack(std::size_t length);
+    // Takes the fixed-width values only; the variable fields keep theirs.
+    int UnpackFixedPart(std::size_t length);
+    // Gives back the scratch room that a record larger than usual (a blob) took to
+    // read or pack; the field values stay. Reads and writes call it once done.
+    void ReleaseLargeScratch();
 
 private:
     const qvb::catalogue::FieldDef* Find(const char* name) const;

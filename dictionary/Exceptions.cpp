@@ -42,14 +42,12 @@ int CDbObject::AddException(DWORD ExceptionId, DWORD TextId, DWORD ElementTyp, D
 int CDbObject::GetException(DWORD ExceptionId, DWORD* TextId, DWORD* ElementTyp, DWORD* ElementId,
                             DWORD* Flags) {
     return Run([&] {
-        CIsamTable& exceptions = Table(TAB_EXCEP);
-        if (!Succeeded(readById(exceptions, ExceptionId))) return 0;
-        return Result(RecordReader(exceptions)
-                          .Long("TextId", TextId)
-                          .Long("ElementTyp", ElementTyp)
-                          .Long("ElementId", ElementId)
-                          .Long("Flags", Flags)
-                          .error());
+        return Result(readFieldsById(Table(TAB_EXCEP), ExceptionId, [&](RecordReader& r) {
+            r.Long("TextId", TextId)
+                .Long("ElementTyp", ElementTyp)
+                .Long("ElementId", ElementId)
+                .Long("Flags", Flags);
+        }));
     });
 }
 

@@ -11,17 +11,11 @@ namespace {
 // Font names are stored padded on the right with spaces to this many characters.
 constexpr int kFontNameWidth = 199;
 
-CString paddedFontName(const CString& name) {
-    CString padded = name;
-    if (padded.GetLength() < kFontNameWidth) padded += CString(' ', kFontNameWidth - padded.GetLength());
-    return padded;
-}
-
 void writePair(RecordWriter& record, DWORD PLangId, DWORD SLangId, const CString& FontName,
                DWORD Flags) {
     record.Long("PLangId", PLangId)
         .Long("SLangId", SLangId)
-        .Text("FontName", paddedFontName(FontName))
+        .Text("FontName", paddedWithBlanks(FontName, kFontNameWidth))
         .ClearBinary("Font")
         .Long("Flags", Flags);
 }
@@ -47,14 +41,12 @@ int CDbObject::AddSLang(DWORD PairLangId, DWORD PLangId, DWORD SLangId, const CS
 int CDbObject::GetSLang(DWORD PairLangId, DWORD* PLangId, DWORD* SLangId, CString& FontName,
                         DWORD* Flags) {
     return Run([&] {
-        CIsamTable& pairs = Table(TAB_SLANG);
-        if (!Succeeded(readById(pairs, PairLangId))) return 0;
-        return Result(RecordReader(pairs)
-                          .Long("PLangId", PLangId)
-                          .Long("SLangId", SLangId)
-                          .Text("FontName", FontName)
-                          .Long("Flags", Flags)
-                          .error());
+        return Result(readFieldsById(Table(TAB_SLANG), PairLangId, [&](RecordReader& r) {
+            r.Long("PLangId", PLangId)
+                .Long("SLangId", SLangId)
+                .Text("FontName", FontName)
+                .Long("Flags", Flags);
+        }));
     });
 }
 

@@ -24,9 +24,9 @@ int CDbProject::AddNotice(DWORD NoticeId, const CString& Text) {
 
 int CDbProject::GetNotice(DWORD NoticeId, CString& Text) {
     return Run([&] {
-        CIsamTable& notices = Table(TAB_NOTICE);
-        if (!Succeeded(readById(notices, NoticeId))) return 0;
-        return Result(RecordReader(notices).Text("NoticeText", Text).error());
+        return Result(readFieldsById(Table(TAB_NOTICE), NoticeId, [&](RecordReader& r) {
+            r.Text("NoticeText", Text);
+        }));
     });
 }
 
