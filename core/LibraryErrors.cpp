@@ -13,6 +13,11 @@ const char* qvbErrorText(int error) {
         case QVB_NOT_REGISTERED: return "the table is not registered with this database";
         case QVB_FETCH_MISMATCH: return "a keyed fetch returned another number of records than counted";
         case QVB_REGISTRATION_FAILED: return "the container or a table could not be registered";
+        case QVB_OUTPUT_CREATE_FAILED: return "the output file could not be created";
+        case QVB_OUTPUT_WRITE_FAILED: return "writing the output file failed";
+        case QVB_OUTPUT_CLOSE_FAILED: return "closing the output file failed";
+        case QVB_INPUT_OPEN_FAILED: return "the input file or the packed archive could not be opened";
+        case QVB_ARCHIVE_FAILED: return "no temporary file could be made, or the archive could not be written";
         case QVB_UNKNOWN_KIND: return "no resource table has that element kind";
     }
     return error >= 0 ? isam::errorText(error) : "unknown library error";

@@ -1,6 +1,7 @@
 // The refreshes of a project: the dictionary pass over the pair's phrases, then the
 // passes over the resource records of the pair's language modules, which read the
-// phrase lists the dictionary pass leaves.
+// phrase lists the dictionary pass leaves. The table passes run in a fixed order
+// and stop at the first failure.
 #include "dictionary/Refresh.h"
 #include "qvb/CDbProject.h"
 
@@ -9,7 +10,8 @@ using namespace qvb;
 int CDbProject::RefreshNotTranslatedFilter(DWORD PairLangId) {
     return RefreshMarkers(kNotTranslatedStale, [&] {
         CDWordArray modules;
-        return SetNotTranslatedFlagInDictionary(PairLangId) && EnumLangModul(modules, PairLangId);
+        return SetNotTranslatedFlagInDictionary(PairLangId) && EnumLangModul(modules, PairLangId) &&
+               SetNotTranslatedFlagInMessageTable(modules) && SetNotTranslatedFlagInStringTable(modules);
     });
 }
 
@@ -22,6 +24,7 @@ int CDbProject::RefreshUserFilter(DWORD PairLangId, const USERFILTER& filter) {
     return RefreshMarkers(kUserFilterStale, [&] {
         CDWordArray modules;
         return SetUserFilterFlagInDictionary(PairLangId, source, target) &&
-               EnumLangModul(modules, PairLangId);
+               EnumLangModul(modules, PairLangId) && SetUserFilterFlagInMessageTable(modules) &&
+               SetUserFilterFlagInStringTable(modules);
     });
 }

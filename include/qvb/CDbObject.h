@@ -14,6 +14,9 @@
 struct DbStateBlock;
 class CDbInternals;
 class CIsamTable;
+namespace qvb {
+class ResourceFamilyOps;
+}
 
 class QVB_API CDbObject {
 public:
@@ -152,6 +155,28 @@ public:
     int GetExceptionsCount(DWORD* count);
     int GetExceptionsCount(DWORD* count, DWORD TextId);
 
+    // ---- Binary data ------------------------------------------------------------------------
+    // Blobs: module files packed as a one-entry zip archive, or raw bytes.
+    // The allocating add of an empty blob; the id is written before the insert.
+    int AddBinaryData(DWORD* pId);
+    int GetBinaryData(DWORD Id, DWORD* pFlags);
+    // The stored length: for a packed file, the archive's.
+    int GetBinaryDataLength(DWORD Id, DWORD* pLength);
+    // A copy of the stored blob in a new BYTE[length + 1] that the caller deletes[].
+    int GetBinaryData(DWORD Id, BYTE** ppData, DWORD* pLength);
+    // Replaces the blob by these bytes as they are; Flags is kept.
+    int WriteBinaryData(DWORD Id, BYTE* pData, DWORD Length);
+    // Replaces Flags; the blob is kept.
+    int UpdateBinaryData(DWORD Id, DWORD Flags);
+    // Stores a disk file packed; a null path empties the blob.
+    int ReadBinaryDataFile(DWORD Id, const char* pPath);
+    // Writes the blob to a disk file, unpacked when it is a packed file. An empty
+    // blob writes nothing and leaves an existing file alone.
+    int WriteBinaryDataFile(DWORD Id, const char* pPath);
+    int DeleteBinaryData(DWORD Id);
+    int EnumBinaryData(CDWordArray& ids);
+    int GetBinaryDataCount(DWORD* pCount);
+
     // ---- Translation state and the user filter -----------------------------------------------
     // Whether the markers that `filter` selects by are up to date.
     int IsFilterValid(FILTER filter);
@@ -184,6 +209,8 @@ protected:
 
 private:
     friend class CDbInternals;
+    // The steps every resource family of a project shares.
+    friend class qvb::ResourceFamilyOps;
     // The project's operations run through the same machinery as the shared ones.
     friend class CDbProject;
 
