@@ -137,6 +137,11 @@ double secondsOf(Body body) {
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }
 
+// `part` as a percentage of `whole`.
+inline double percent(std::size_t part, std::size_t whole) {
+    return 100.0 * static_cast<double>(part) / static_cast<double>(whole);
+}
+
 double median(std::vector<double> values);
 
 // Items [begin, end) of a case, worked by each side in its turn.

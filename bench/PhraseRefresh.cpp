@@ -33,6 +33,7 @@
 namespace {
 
 using bench::check;
+using bench::percent;
 using bench::fail;
 using bench::Slice;
 using bench::Stmt;
@@ -598,10 +599,6 @@ private:
 };
 
 // ---- Report ----------------------------------------------------------------------------
-
-double percent(std::size_t part, std::size_t whole) {
-    return 100.0 * static_cast<double>(part) / static_cast<double>(whole);
-}
 
 void describe(const Dataset& data) {
     const isam::StorageTuning& t = isam::storageTuning();

@@ -648,6 +648,188 @@ TEST(ToolPhrases, NonDatabaseFileExitsOne) {
     }
 }
 
+// ---- the demo project, modules and extract ------------------------------------------------
+
+// The greeter.res file of the demo, as its help describes it.
+std::string demoResourceBytes() {
+    std::string bytes(4096, '\0');
+    for (std::size_t i = 0; i < bytes.size(); ++i) {
+        bytes[i] = static_cast<char>((i * 37 + 11) % 256);
+    }
+    return bytes;
+}
+
+// The record count qvb info shows for a table.
+std::string infoRecords(const std::string& info, const std::string& table) {
+    for (const auto& row : tableRows(info)) {
+        if (row[1] == table) return row[2];
+    }
+    return "";
+}
+
+TEST(ToolDemoProject, HoldsModulesEntriesANoticeAndBothMarkersRefreshed) {
+    TempDir dir;
+    const ToolRun demo = qvb({"demo", dir.path()});
+    ASSERT_EQ(0, demo.code) << demo.err;
+    const std::vector<std::pair<std::string, std::string>> counts{
+        {"Modul", "2"},  {"LModul", "4"},      {"STable", "8"},     {"MTable", "4"},
+        {"Notice", "1"}, {"TargetPaths", "2"}, {"ModulExtra", "2"}, {"BinaryData", "2"}};
+    for (const auto& [table, records] : counts) {
+        EXPECT_EQ(records, infoRecords(demo.out, table)) << table;
+    }
+    // Nothing of the sample files is left behind in the demo's directory.
+    EXPECT_EQ(1, std::distance(fs::directory_iterator(dir.path()), fs::directory_iterator()));
+
+    const std::string file = dir.file("demo.Prj");
+    // "E&xit" (TextIds 4 and 9) is the phrase of two entries in each pair.
+    const ToolRun phrases = qvb({"phrases", file});
+    ASSERT_EQ(0, phrases.code) << phrases.err;
+    for (const std::string& line : lines(phrases.out)) {
+        const auto w = words(line);
+        if (w.size() < 5 || !isNumber(w[0])) continue;
+        EXPECT_EQ(w[0] == "4" || w[0] == "9" ? "2" : "1", w[2]) << line;
+    }
+    // Both pairs refreshed: the untranslated phrases, and those whose source text
+    // holds "file".
+    EXPECT_EQ((std::vector<std::string>{"3", "5", "9", "10"}),
+              listedIds(qvb({"phrases", file, "--filter", "untranslated"}).out));
+    EXPECT_EQ((std::vector<std::string>{"1", "5", "6", "10"}),
+              listedIds(qvb({"phrases", file, "--filter", "user"}).out));
+}
+
+// The module lines of qvb modules: the words of each line between the header and
+// the count.
+std::vector<std::vector<std::string>> modulRows(const std::string& out) {
+    std::vector<std::vector<std::string>> found;
+    const auto all = lines(out);
+    for (std::size_t i = 1; i + 1 < all.size(); ++i) found.push_back(words(all[i]));
+    return found;
+}
+
+// What follows the quoted name on a module line.
+std::string langModulsOf(const std::vector<std::string>& row) {
+    std::string joined;
+    for (std::size_t i = 5; i < row.size(); ++i) joined += (i > 5 ? " " : "") + row[i];
+    return joined;
+}
+
+TEST(ToolModules, DemoModulesHaveStoredFilesAndALanguageModuleInEachPair) {
+    TempDir dir;
+    ASSERT_EQ(0, qvb({"demo", dir.path()}).code);
+    const ToolRun run = qvb({"modules", dir.file("demo.Prj")});
+    ASSERT_EQ(0, run.code) << run.err;
+    EXPECT_EQ("", run.err);
+    EXPECT_EQ("2 modules", lastLine(run.out));
+    const auto rows = modulRows(run.out);
+    ASSERT_EQ(2u, rows.size()) << run.out;
+    struct Expected {
+        const char* id;
+        const char* type;
+        const char* name;
+        const char* langModuls;
+    };
+    const Expected expected[] = {{"1", "1", "\"greeter.sh\"", "1 (pair 1), 3 (pair 2)"},
+                                 {"2", "2", "\"greeter.res\"", "2 (pair 1), 4 (pair 2)"}};
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        SCOPED_TRACE(expected[i].name);
+        ASSERT_GE(rows[i].size(), 6u);
+        EXPECT_EQ(expected[i].id, rows[i][0]);
+        EXPECT_EQ(expected[i].type, rows[i][1]);
+        EXPECT_EQ("0x00000000", rows[i][2]);
+        ASSERT_TRUE(isNumber(rows[i][3]));
+        EXPECT_GT(std::stoul(rows[i][3]), 0u);
+        EXPECT_EQ(expected[i].name, rows[i][4]);
+        EXPECT_EQ(expected[i].langModuls, langModulsOf(rows[i]));
+    }
+}
+
+// Modules without stored files: one with a language module under a chosen id, one
+// in two pairs, one in none, in ModulId order whatever the order of adding.
+void makeModuleProject(const std::string& dir) {
+    CDbProject db;
+    ASSERT_EQ(1, qvb::createForUse(db, (dir + "/").c_str(), "mods")) << db.GetError();
+    DWORD id = 0;
+    for (const DWORD target : {1031u, 1036u, 1040u}) {
+        ASSERT_EQ(1, db.AddSLang(&id, 1033, target, "Arial", 0)) << db.GetError();
+    }
+    ASSERT_EQ(1, db.AddModul(DWORD{5}, "two \"pairs\".dll", 65535, 0xffffffff)) << db.GetError();
+    ASSERT_EQ(1, db.AddModul(DWORD{1}, "one.exe", 7, 0x10)) << db.GetError();
+    ASSERT_EQ(1, db.AddModul(DWORD{9}, "none", 0, 0)) << db.GetError();
+    ASSERT_EQ(1, db.AddLangModul(&id, 3, 5, 0)) << db.GetError();
+    ASSERT_EQ(1, db.AddLangModul(&id, 2, 5, 0)) << db.GetError();
+    ASSERT_EQ(1, db.AddLangModul(DWORD{40}, 1, 1, 0)) << db.GetError();
+    ASSERT_EQ(1, db.CloseDb()) << db.GetError();
+}
+
+TEST(ToolModules, ListsEveryModuleWithItsLanguageModulesPairByPair) {
+    TempDir dir;
+    ASSERT_NO_FATAL_FAILURE(makeModuleProject(dir.path()));
+    const ToolRun run = qvb({"modules", dir.file("mods.Prj")});
+    ASSERT_EQ(0, run.code) << run.err;
+    EXPECT_EQ(
+        " ModulId    Type  Flags       Stored bytes  Name, language modules\n"
+        "       1       7  0x00000010             0  \"one.exe\"  40 (pair 1)\n"
+        "       5   65535  0xffffffff             0  \"two \\\"pairs\\\".dll\"  "
+        "2 (pair 2), 1 (pair 3)\n"
+        "       9       0  0x00000000             0  \"none\"  no language modules\n"
+        "3 modules\n",
+        run.out);
+
+    TempDir empty;
+    ASSERT_EQ(0, qvb({"create", empty.path(), "e", "--project"}).code);
+    const ToolRun none = qvb({"modules", empty.file("e.Prj")});
+    ASSERT_EQ(0, none.code) << none.err;
+    EXPECT_EQ(" ModulId    Type  Flags       Stored bytes  Name, language modules\n0 modules\n",
+              none.out);
+}
+
+TEST(ToolExtract, WritesTheFilesTheDemoStoredReplacingWhatOutHeld) {
+    TempDir dir;
+    ASSERT_EQ(0, qvb({"demo", dir.path()}).code);
+    const std::string file = dir.file("demo.Prj");
+    const std::string resource = dir.file("greeter.res");
+    // A longer file at OUT must not leave a tail behind.
+    std::ofstream(resource, std::ios::binary) << std::string(10000, 'x');
+    const ToolRun bytes = qvb({"extract", file, "2", resource});
+    ASSERT_EQ(0, bytes.code) << bytes.err;
+    EXPECT_EQ("wrote 4096 bytes to " + resource + "\n", bytes.out);
+    EXPECT_TRUE(readFile(resource) == demoResourceBytes());
+
+    const std::string program = dir.file("greeter.sh");
+    const ToolRun text = qvb({"extract", file, "1", program});
+    ASSERT_EQ(0, text.code) << text.err;
+    const std::string written = readFile(program);
+    EXPECT_EQ(0u, written.find("#!/bin/sh\n")) << written;
+    EXPECT_EQ('\n', written.back());
+    EXPECT_EQ("wrote " + std::to_string(written.size()) + " bytes to " + program + "\n", text.out);
+}
+
+TEST(ToolExtract, ModuleWithoutStoredFileWritesNothing) {
+    TempDir dir;
+    ASSERT_NO_FATAL_FAILURE(makeModuleProject(dir.path()));
+    const std::string out = dir.file("out");
+    const ToolRun absent = qvb({"extract", dir.file("mods.Prj"), "5", out});
+    ASSERT_EQ(0, absent.code) << absent.err;
+    EXPECT_EQ("module 5 has no stored file; nothing written\n", absent.out);
+    EXPECT_FALSE(fs::exists(out));
+
+    std::ofstream(out) << "kept";
+    ASSERT_EQ(0, qvb({"extract", dir.file("mods.Prj"), "1", out}).code);
+    EXPECT_EQ("kept", readFile(out));
+}
+
+TEST(ToolExtract, MissingModuleExitsOneWithError101) {
+    TempDir dir;
+    ASSERT_EQ(0, qvb({"demo", dir.path()}).code);
+    const std::string out = dir.file("out");
+    const ToolRun run = qvb({"extract", dir.file("demo.Prj"), "3", out});
+    EXPECT_EQ(1, run.code);
+    EXPECT_EQ("", run.out);
+    const std::string meaning = qvbErrorText(101);
+    EXPECT_EQ("qvb extract: cannot read module 3: error 101 (" + meaning + ")\n", run.err);
+    EXPECT_FALSE(fs::exists(out));
+}
+
 // ---- usage and failures -------------------------------------------------------------------
 
 TEST(ToolUsage, HelpGoesToStdoutWithExitZero) {
@@ -659,7 +841,9 @@ TEST(ToolUsage, HelpGoesToStdoutWithExitZero) {
                                                {"dump", "x.Prj", "SLang", "--help"},
                                                {"demo", "--help"},
                                                {"phrases", "x.Prj", "--pair", "--help"},
-                                               {"languages", "-h"}}) {
+                                               {"languages", "-h"},
+                                               {"modules", "--help"},
+                                               {"extract", "x.Prj", "-h"}}) {
         SCOPED_TRACE(args[0]);
         const ToolRun run = qvb(args);
         EXPECT_EQ(0, run.code);
@@ -674,6 +858,7 @@ TEST(ToolUsage, WrongCallsExitTwoAndTouchNothing) {
     TempDir dir;
     ASSERT_EQ(0, qvb({"create", dir.path(), "p", "--project"}).code);
     const std::string project = dir.file("p.Prj");
+    const std::string out = dir.file("out");
     const std::vector<std::vector<std::string>> calls{
         {},
         {"frobnicate"},
@@ -707,6 +892,19 @@ TEST(ToolUsage, WrongCallsExitTwoAndTouchNothing) {
         {"phrases", project, "--pair="},
         {"languages"},
         {"languages", project, "--pair", "1"},
+        {"modules"},
+        {"modules", project, project},
+        {"modules", project, "--json"},
+        {"modules", dir.file("d.Dic")},
+        {"extract"},
+        {"extract", project, "1"},
+        {"extract", project, "1", out, out},
+        {"extract", project, "x", out},
+        {"extract", project, "-1", out},
+        {"extract", project, "4294967296", out},
+        {"extract", project, "1", ""},
+        {"extract", project, "1", out, "--force"},
+        {"extract", dir.file("d.Dic"), "1", out},
     };
     for (const auto& args : calls) {
         std::string joined;
@@ -727,7 +925,9 @@ TEST(ToolFailures, MissingFileExitsOneWithTheErrorAndCreatesNothing) {
          std::vector<std::vector<std::string>>{{"info", missing},
                                                {"dump", missing, "SLang"},
                                                {"phrases", missing},
-                                               {"languages", missing}}) {
+                                               {"languages", missing},
+                                               {"modules", missing},
+                                               {"extract", missing, "1", dir.file("out")}}) {
         SCOPED_TRACE(args[0]);
         const ToolRun run = qvb(args);
         EXPECT_EQ(1, run.code);

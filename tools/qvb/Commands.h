@@ -12,6 +12,8 @@ int runDump(const Args& args);
 int runDemo(const Args& args);
 int runPhrases(const Args& args);
 int runLanguages(const Args& args);
+int runModules(const Args& args);
+int runExtract(const Args& args);
 
 // Opens the database, prints what `qvb info` shows of it and closes it; failures
 // are reported under `command`.

@@ -76,4 +76,21 @@ int closeDatabase(CDbObject& db, const DatabaseFile& file, const char* command) 
     return operationFailed(command, "cannot close " + file.path, db.GetError());
 }
 
+int parseFileOperands(const std::vector<std::string>& args, std::size_t count, const char* expected,
+                      const DBTYPEONE* kind, const char* command, const char* usage,
+                      Operands* operands) {
+    const SplitArgs split = splitArgs(args);
+    if (!split.options.empty()) return usageError(command, "unknown option " + split.options[0], usage);
+    if (split.operands.size() != count) return usageError(command, expected, usage);
+    std::string problem;
+    if (!parseDatabaseFile(split.operands[0], &operands->file, &problem)) {
+        return usageError(command, problem, usage);
+    }
+    if (kind && operands->file.kind != *kind) {
+        return usageError(command, "'" + operands->file.path + "' is not a " + kindName(*kind), usage);
+    }
+    operands->rest.assign(split.operands.begin() + 1, split.operands.end());
+    return kExitOk;
+}
+
 }  // namespace qvbtool

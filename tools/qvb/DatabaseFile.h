@@ -4,6 +4,7 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "qvb/qvb.h"
 
@@ -24,6 +25,17 @@ DatabaseFile databaseIn(const std::string& directory, const std::string& name, D
 // Splits a path by its extension; false, with the reason, when the extension names
 // no kind of database or the name is empty.
 bool parseDatabaseFile(const std::string& path, DatabaseFile* file, std::string* problem);
+
+// The operands of a command that takes no options and whose first operand is a
+// database file (of `kind` when it is not null); `expected` describes the
+// operands for the usage error. kExitOk, or the usage error once reported.
+struct Operands {
+    DatabaseFile file;
+    std::vector<std::string> rest;  // the operands after FILE
+};
+int parseFileOperands(const std::vector<std::string>& args, std::size_t count, const char* expected,
+                      const DBTYPEONE* kind, const char* command, const char* usage,
+                      Operands* operands);
 
 std::unique_ptr<CDbObject> newDatabase(DBTYPEONE kind);
 

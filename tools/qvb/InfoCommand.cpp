@@ -88,17 +88,11 @@ int showInfo(const DatabaseFile& file, const char* command) {
 
 int runInfo(const Args& args) {
     if (wantsHelp(args)) return printHelp(kUsage);
-    const SplitArgs split = splitArgs(args);
-    if (!split.options.empty()) {
-        return usageError("info", "unknown option " + split.options[0], kUsage);
+    Operands operands;
+    if (const int rc = parseFileOperands(args, 1, "expected one FILE", nullptr, "info", kUsage, &operands)) {
+        return rc;
     }
-    if (split.operands.size() != 1) return usageError("info", "expected one FILE", kUsage);
-    DatabaseFile file;
-    std::string problem;
-    if (!parseDatabaseFile(split.operands[0], &file, &problem)) {
-        return usageError("info", problem, kUsage);
-    }
-    return showInfo(file, "info");
+    return showInfo(operands.file, "info");
 }
 
 }  // namespace qvbtool

@@ -117,16 +117,11 @@ int describePairs(CDbObject& db, std::string* text) {
 
 int runLanguages(const Args& args) {
     if (wantsHelp(args)) return printHelp(kUsage);
-    const SplitArgs split = splitArgs(args);
-    if (!split.options.empty()) {
-        return usageError(kCommand, "unknown option " + split.options[0], kUsage);
+    Operands operands;
+    if (const int rc = parseFileOperands(args, 1, "expected one FILE", nullptr, kCommand, kUsage, &operands)) {
+        return rc;
     }
-    if (split.operands.size() != 1) return usageError(kCommand, "expected one FILE", kUsage);
-    DatabaseFile file;
-    std::string problem;
-    if (!parseDatabaseFile(split.operands[0], &file, &problem)) {
-        return usageError(kCommand, problem, kUsage);
-    }
+    const DatabaseFile& file = operands.file;
 
     const auto db = newDatabase(file.kind);
     if (const int rc = openDatabase(*db, file, kCommand)) return rc;

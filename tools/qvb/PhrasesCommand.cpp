@@ -65,14 +65,11 @@ int parseArguments(Args args, DatabaseFile* file, Selection* selection) {
         !takeOptionValue(args, "--filter", &filter, &problem)) {
         return usageError(kCommand, problem, kUsage);
     }
-    const SplitArgs split = splitArgs(args);
-    if (!split.options.empty()) {
-        return usageError(kCommand, "unknown option " + split.options[0], kUsage);
+    Operands operands;
+    if (const int rc = parseFileOperands(args, 1, "expected one FILE", nullptr, kCommand, kUsage, &operands)) {
+        return rc;
     }
-    if (split.operands.size() != 1) return usageError(kCommand, "expected one FILE", kUsage);
-    if (!parseDatabaseFile(split.operands[0], file, &problem)) {
-        return usageError(kCommand, problem, kUsage);
-    }
+    *file = operands.file;
     if (pair) {
         std::uint32_t id = 0;
         if (!parseUnsigned32(*pair, &id)) {

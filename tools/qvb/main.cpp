@@ -21,6 +21,8 @@ constexpr Command kCommands[] = {
     {"demo", runDemo},
     {"phrases", runPhrases},
     {"languages", runLanguages},
+    {"modules", runModules},
+    {"extract", runExtract},
 };
 
 constexpr const char* kUsage =
@@ -33,9 +35,12 @@ constexpr const char* kUsage =
     "  demo DIR                                 create and show a sample project\n"
     "  phrases FILE [--pair N] [--filter F]     the phrases in TextId order\n"
     "  languages FILE                           the language pairs\n"
+    "  modules FILE                             the modules and their language modules\n"
+    "  extract FILE MODULE-ID OUT               write a module's stored file to OUT\n"
     "\n"
-    "FILE is a project (NAME.Prj) or a dictionary (NAME.Dic). Every command takes\n"
-    "--help. Exit codes: 0 success, 1 the operation failed, 2 wrong usage.\n";
+    "FILE is a project (NAME.Prj) or a dictionary (NAME.Dic); modules and extract\n"
+    "take a project. Every command takes --help. Exit codes: 0 success, 1 the\n"
+    "operation failed, 2 wrong usage.\n";
 
 int run(int argc, char** argv) {
     if (argc < 2) {
