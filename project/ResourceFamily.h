@@ -36,8 +36,6 @@ public:
     ResourceFamilyOps(CDbProject& db, const ResourceFamily& family)
         : db_(db), family_(family), table_(db.Table(family.table)) {}
 
-    CIsamTable& table() { return table_; }
-
     // The allocating add: filters stale, the phrase counted up, the next identifier
     // handed to the caller, the record added. `fill` sets the family's own fields.
     template <typename Fill>
