@@ -8,6 +8,7 @@
 
 #include <sqlite3.h>
 
+#include <algorithm>
 #include <chrono>
 #include <cstddef>
 #include <cstdint>
@@ -135,6 +136,15 @@ double secondsOf(Body body) {
     const auto start = std::chrono::steady_clock::now();
     body();
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+// The index key of a phrase's source text: its leading 125 bytes padded with
+// spaces, as the engine keys it.
+inline std::string textKey(const CString& text) {
+    constexpr std::size_t kKeyLength = 125;
+    std::string key(text.GetString(), std::min<std::size_t>(text.GetLength(), kKeyLength));
+    key.resize(kKeyLength, ' ');
+    return key;
 }
 
 // `part` as a percentage of `whole`.

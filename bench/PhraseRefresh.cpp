@@ -34,6 +34,7 @@ namespace {
 
 using bench::check;
 using bench::percent;
+using bench::textKey;
 using bench::fail;
 using bench::Slice;
 using bench::Stmt;
@@ -83,7 +84,6 @@ Timing median(const std::vector<Timing>& timings) {
 
 constexpr DWORD kPLangId = 1033;
 constexpr DWORD kSLangId = 1031;
-constexpr std::size_t kKeyLength = 125;  // leading bytes of a source text in its index
 constexpr std::uint32_t kNotTranslatedMarker = 1;
 constexpr std::uint32_t kUserFilterMarker = 2;
 // The find text of the user filter; no word of the vocabulary contains it, and
@@ -292,14 +292,6 @@ private:
 };
 
 // ---- The hand-written side -------------------------------------------------------------
-
-// The index key of a source text: its leading bytes padded with spaces, as the
-// engine keys it.
-std::string textKey(const CString& text) {
-    std::string key(text.GetString(), std::min<std::size_t>(text.GetLength(), kKeyLength));
-    key.resize(kKeyLength, ' ');
-    return key;
-}
 
 class RawSide {
 public:

@@ -35,6 +35,7 @@ namespace {
 
 using bench::check;
 using bench::percent;
+using bench::textKey;
 using bench::fail;
 using bench::Slice;
 using bench::Stmt;
@@ -239,15 +240,6 @@ private:
 };
 
 // ---- The hand-written side -------------------------------------------------------------
-
-// The index key of a source text: its leading bytes padded with spaces, as the
-// engine keys it.
-std::string textKey(const CString& text) {
-    constexpr std::size_t kKeyLength = 125;
-    std::string key(text.GetString(), std::min<std::size_t>(text.GetLength(), kKeyLength));
-    key.resize(kKeyLength, ' ');
-    return key;
-}
 
 bool passes(FILTER filter, std::uint32_t flags) {
     switch (filter) {
