@@ -147,6 +147,25 @@ inline std::string textKey(const CString& text) {
     return key;
 }
 
+// Runs the insert of a hand-written phrase table, whose parameters are ?1 TextId,
+// ?2 PairLangId, ?3 Translated, ?4 to ?6 the three texts and ?7, ?8 the keys of
+// the source text and of its filtered form.
+inline void insertPhrase(Stmt& insert, std::uint32_t textId, std::uint32_t pair, bool translated,
+                         const CString& sText, const CString& sTextFiltered, const CString& tText) {
+    const std::string key = textKey(sText);
+    const std::string filteredKey = textKey(sTextFiltered);
+    insert.integer(1, textId);
+    insert.integer(2, pair);
+    insert.integer(3, translated ? 1 : 0);
+    insert.text(4, sText.GetString(), sText.GetLength());
+    insert.text(5, sTextFiltered.GetString(), sTextFiltered.GetLength());
+    insert.text(6, tText.GetString(), tText.GetLength());
+    insert.blob(7, key.data(), key.size());
+    insert.blob(8, filteredKey.data(), filteredKey.size());
+    insert.step();
+    insert.reset();
+}
+
 // `part` as a percentage of `whole`.
 inline double percent(std::size_t part, std::size_t whole) {
     return 100.0 * static_cast<double>(part) / static_cast<double>(whole);

@@ -340,18 +340,8 @@ public:
     void commit() { exec("COMMIT"); }
 
     void add(const PhraseText& phrase, std::uint32_t textId, std::uint32_t pair) {
-        const std::string key = textKey(phrase.sText);
-        const std::string filteredKey = textKey(phrase.sTextFiltered);
-        insert_.integer(1, textId);
-        insert_.integer(2, pair);
-        insert_.integer(3, phrase.translated ? 1 : 0);
-        insert_.text(4, phrase.sText.GetString(), phrase.sText.GetLength());
-        insert_.text(5, phrase.sTextFiltered.GetString(), phrase.sTextFiltered.GetLength());
-        insert_.text(6, phrase.tText.GetString(), phrase.tText.GetLength());
-        insert_.blob(7, key.data(), key.size());
-        insert_.blob(8, filteredKey.data(), filteredKey.size());
-        insert_.step();
-        insert_.reset();
+        bench::insertPhrase(insert_, textId, pair, phrase.translated, phrase.sText, phrase.sTextFiltered,
+                            phrase.tText);
     }
 
     // Walks the pair's phrases, sets `marker` in those `belongs(translated, sText)`

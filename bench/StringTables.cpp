@@ -422,18 +422,8 @@ private:
     }
 
     void insertPhrase(const Entry& entry, std::uint32_t textId, std::uint32_t pair) {
-        const std::string key = textKey(entry.sText);
-        const std::string filteredKey = textKey(entry.sTextFiltered);
-        addPhrase_.integer(1, textId);
-        addPhrase_.integer(2, pair);
-        addPhrase_.integer(3, entry.translated ? 1 : 0);
-        addPhrase_.text(4, entry.sText.GetString(), entry.sText.GetLength());
-        addPhrase_.text(5, entry.sTextFiltered.GetString(), entry.sTextFiltered.GetLength());
-        addPhrase_.text(6, entry.tText.GetString(), entry.tText.GetLength());
-        addPhrase_.blob(7, key.data(), key.size());
-        addPhrase_.blob(8, filteredKey.data(), filteredKey.size());
-        addPhrase_.step();
-        addPhrase_.reset();
+        bench::insertPhrase(addPhrase_, textId, pair, entry.translated, entry.sText, entry.sTextFiltered,
+                            entry.tText);
     }
 
     void countUp(std::uint32_t textId) {
