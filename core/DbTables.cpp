@@ -133,19 +133,27 @@ int onInstance(DbStateBlock* block, Call call) {
     });
 }
 
+bool isOpen(const DbStateBlock* block) { return block && block->state == DB_OPEN; }
+
 }  // namespace
 
+// A database that is not open has no transaction to begin or end. A batch that the
+// application left open across a close is ended all the same, so that it does not
+// hold back the commits of the next open.
 int CDbObject::BeginTransaction() {
+    if (!isOpen(m_pStructs)) return Result(isam::ISAM_NOT_OPEN);
     return Result(onInstance(m_pStructs, [] { return isam::beginBatch(); }));
 }
 
 int CDbObject::CommitTransaction() {
-    return Result(onInstance(m_pStructs, [] { return isam::endBatch(); }));
+    const int rc = onInstance(m_pStructs, [] { return isam::endBatch(); });
+    return Result(isOpen(m_pStructs) ? rc : isam::ISAM_NOT_OPEN);
 }
 
 int CDbObject::RollbackTransaction() {
-    return Result(onInstance(m_pStructs, [] {
-        const int rc = isam::abortBatch();
-        return rc != isam::ISAM_OK ? rc : isam::endBatch();
-    }));
+    const int rc = onInstance(m_pStructs, [] {
+        const int aborted = isam::abortBatch();
+        return aborted != isam::ISAM_OK ? aborted : isam::endBatch();
+    });
+    return Result(isOpen(m_pStructs) ? rc : isam::ISAM_NOT_OPEN);
 }

@@ -10,32 +10,35 @@ RecordWriter& RecordWriter::keep(int rc) {
 }
 
 RecordWriter& RecordWriter::Long(const char* field, std::uint32_t value) {
-    return keep(table_.SetLong(field, value));
+    return keep(checking() ? table_.CheckLong(field) : table_.SetLong(field, value));
 }
 
 RecordWriter& RecordWriter::Short(const char* field, std::uint16_t value) {
-    return keep(table_.SetShort(field, value));
+    return keep(checking() ? table_.CheckShort(field) : table_.SetShort(field, value));
 }
 
 RecordWriter& RecordWriter::Bool(const char* field, bool value) {
-    return keep(table_.SetBool(field, value));
+    return keep(checking() ? table_.CheckBool(field) : table_.SetBool(field, value));
 }
 
 RecordWriter& RecordWriter::Text(const char* field, const CString& value) {
-    return keep(table_.SetText(field, static_cast<const char*>(value),
-                               static_cast<std::size_t>(value.GetLength())));
+    return Text(field, static_cast<const char*>(value), static_cast<std::size_t>(value.GetLength()));
 }
 
 RecordWriter& RecordWriter::Text(const char* field, const std::string& value) {
-    return keep(table_.SetText(field, value));
+    return Text(field, value.data(), value.size());
 }
 
 RecordWriter& RecordWriter::Text(const char* field, const char* value) {
-    return keep(table_.SetText(field, value, value ? std::strlen(value) : 0));
+    return Text(field, value, value ? std::strlen(value) : 0);
+}
+
+RecordWriter& RecordWriter::Text(const char* field, const char* value, std::size_t length) {
+    return keep(checking() ? table_.CheckText(field, value, length) : table_.SetText(field, value, length));
 }
 
 RecordWriter& RecordWriter::Binary(const char* field, const void* data, std::size_t length) {
-    return keep(table_.SetBinary(field, data, length));
+    return keep(checking() ? table_.CheckBinary(field, length) : table_.SetBinary(field, data, length));
 }
 
 RecordReader& RecordReader::keep(int rc) {

@@ -9,31 +9,48 @@
 #include <vector>
 
 #include "core/IsamTable.h"
+#include "core/LibraryErrors.h"
 #include "isam/IsamErrors.h"
 #include "qvb/CDWordArray.h"
 #include "qvb/CString.h"
 
 namespace qvb {
 
-// Sets fields of a table's current record by name, keeping the first failure.
+// Sets fields of a table's current record by name, keeping the first failure. A
+// checking writer sets nothing and only answers what setting would answer.
 class RecordWriter {
 public:
-    explicit RecordWriter(CIsamTable& table) : table_(table) {}
+    enum class Mode { Set, CheckOnly };
+    explicit RecordWriter(CIsamTable& table, Mode mode = Mode::Set) : table_(table), mode_(mode) {}
     RecordWriter& Long(const char* field, std::uint32_t value);
     RecordWriter& Short(const char* field, std::uint16_t value);
     RecordWriter& Bool(const char* field, bool value);
     RecordWriter& Text(const char* field, const CString& value);
     RecordWriter& Text(const char* field, const std::string& value);
     RecordWriter& Text(const char* field, const char* value);
+    RecordWriter& Text(const char* field, const char* value, std::size_t length);
     RecordWriter& Binary(const char* field, const void* data, std::size_t length);
     RecordWriter& ClearBinary(const char* field) { return Binary(field, nullptr, 0); }
     int error() const { return error_; }
 
 private:
     RecordWriter& keep(int rc);
+    bool checking() const { return mode_ == Mode::CheckOnly; }
     CIsamTable& table_;
+    Mode mode_;
     int error_ = isam::ISAM_OK;
 };
+
+// Whether `fill` can set every field it names (a text longer than its field, above
+// all). Operations ask before their first step, so that such a value is refused
+// while nothing has changed; `fill` must only set fields.
+template <typename Fill>
+int checkFill(CIsamTable& table, Fill&& fill) {
+    if (!table.HasSchema()) return QVB_NO_SCHEMA;
+    RecordWriter checker(table, RecordWriter::Mode::CheckOnly);
+    fill(checker);
+    return checker.error();
+}
 
 // Gets fields of a table's current record by name into the caller's variables; a
 // null destination skips its field.
@@ -81,8 +98,10 @@ int readFieldsById(CIsamTable& table, std::uint32_t id, Take take) {
 // left: the last record's fixed part, the previous operation's variable fields).
 template <typename Fill>
 int addWithNewId(CIsamTable& table, const char* idField, std::uint32_t* newId, Fill fill) {
+    int rc = checkFill(table, fill);
+    if (rc != isam::ISAM_OK) return rc;
     std::uint32_t id = 0;
-    int rc = nextId(table, idField, &id);
+    rc = nextId(table, idField, &id);
     if (rc != isam::ISAM_OK) return rc;
     if (newId) *newId = id;
     RecordWriter writer(table);
@@ -94,6 +113,8 @@ int addWithNewId(CIsamTable& table, const char* idField, std::uint32_t* newId, F
 // The add that keeps the caller's identifier.
 template <typename Fill>
 int addWithId(CIsamTable& table, const char* idField, std::uint32_t id, Fill fill) {
+    const int rc = checkFill(table, fill);
+    if (rc != isam::ISAM_OK) return rc;
     RecordWriter writer(table);
     writer.Long(idField, id);
     fill(writer);
@@ -103,7 +124,8 @@ int addWithId(CIsamTable& table, const char* idField, std::uint32_t id, Fill fil
 // Find, read, change and rewrite the record with identifier `id`.
 template <typename Fill>
 int updateById(CIsamTable& table, std::uint32_t id, Fill fill) {
-    int rc = readById(table, id);
+    int rc = checkFill(table, fill);
+    if (rc == isam::ISAM_OK) rc = readById(table, id);
     if (rc != isam::ISAM_OK) return rc;
     RecordWriter writer(table);
     fill(writer);

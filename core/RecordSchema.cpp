@@ -212,16 +212,26 @@ int CRecordSchema::GetTextAt(std::size_t i, std::string* value) const {
     return isam::ISAM_OK;
 }
 
+const FieldDef* CRecordSchema::TextField(const char* name, const char* text, std::size_t* length,
+                                         int* error) const {
+    const FieldDef* field = FindOfType(name, kTextTypes, std::size(kTextTypes), error);
+    if (!field) return nullptr;
+    if (!text) *length = 0;
+    // A text ends at its first zero byte, as it will when it is read back.
+    if (const void* end = *length ? std::memchr(text, 0, *length) : nullptr) {
+        *length = static_cast<std::size_t>(static_cast<const char*>(end) - text);
+    }
+    if (*length > field->length) {
+        *error = isam::ISAM_RECORD_TOO_LONG;
+        return nullptr;
+    }
+    return field;
+}
+
 int CRecordSchema::SetText(const char* name, const char* text, std::size_t length) {
     int error = 0;
-    const FieldDef* field = FindOfType(name, kTextTypes, std::size(kTextTypes), &error);
+    const FieldDef* field = TextField(name, text, &length, &error);
     if (!field) return error;
-    if (!text) length = 0;
-    // A text ends at its first zero byte, as it will when it is read back.
-    if (const void* end = length ? std::memchr(text, 0, length) : nullptr) {
-        length = static_cast<std::size_t>(static_cast<const char*>(end) - text);
-    }
-    if (length > field->length) return isam::ISAM_RECORD_TOO_LONG;
     if (field->type == FT_FSTRING) {
         std::uint8_t* at = FixedAt(*field);
         std::memset(at, 0, field->length);
@@ -231,6 +241,36 @@ int CRecordSchema::SetText(const char* name, const char* text, std::size_t lengt
     }
     m_modified = true;
     return isam::ISAM_OK;
+}
+
+int CRecordSchema::CheckText(const char* name, const char* text, std::size_t length) const {
+    int error = 0;
+    TextField(name, text, &length, &error);
+    return error;
+}
+
+int CRecordSchema::CheckLong(const char* name) const {
+    int error = 0;
+    FindOfType(name, kLongTypes, std::size(kLongTypes), &error);
+    return error;
+}
+
+int CRecordSchema::CheckShort(const char* name) const {
+    int error = 0;
+    if (Find(name)) FindOfType(name, kShortTypes, std::size(kShortTypes), &error);
+    return error;
+}
+
+int CRecordSchema::CheckBool(const char* name) const {
+    int error = 0;
+    if (Find(name)) FindOfType(name, kBoolTypes, std::size(kBoolTypes), &error);
+    return error;
+}
+
+int CRecordSchema::CheckBinary(const char* name, std::size_t length) const {
+    int error = 0;
+    FindOfType(name, kBinaryTypes, std::size(kBinaryTypes), &error);
+    return error == isam::ISAM_OK && length > UINT32_MAX ? isam::ISAM_RECORD_TOO_LONG : error;
 }
 
 int CRecordSchema::GetBinary(const char* name, std::string* value) const {
@@ -331,6 +371,8 @@ int CRecordSchema::Unpack(std::size_t length) {
         } else {
             const void* end = std::memchr(record + at, 0, rest);
             const std::size_t n = end ? static_cast<const std::uint8_t*>(end) - (record + at) : rest;
+            // A stored text longer than its field was not written by this library.
+            if (n > field.length) return isam::ISAM_DAMAGED;
             value.assign(reinterpret_cast<const char*>(record + at), n);
             at += end ? n + 1 : n;
         }

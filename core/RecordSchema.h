@@ -49,6 +49,15 @@ public:
     int SetBinary(const char* name, const void* data, std::size_t length);
     int ClearBinary(const char* name) { return SetBinary(name, nullptr, 0); }
 
+    // What the setter of the same name would answer, without setting anything: an
+    // operation asks before its first step, so that a value its record cannot hold
+    // is refused while nothing has changed yet.
+    int CheckLong(const char* name) const;
+    int CheckShort(const char* name) const;
+    int CheckBool(const char* name) const;
+    int CheckText(const char* name, const char* text, std::size_t length) const;
+    int CheckBinary(const char* name, std::size_t length) const;
+
     // Takes the value of every field that `other` has under the same name and type
     // (a record of one layout into another); the other fields keep their values.
     int CopyFieldsFrom(const CRecordSchema& other);
@@ -79,6 +88,10 @@ private:
                                                std::size_t count, int* error) const;
     template <typename T, std::size_t N>
     int GetFixed(const char* name, const std::uint16_t (&types)[N], T* value) const;
+    // The text field `name` and the length a text takes in it (up to its first zero
+    // byte), or the reason it cannot be set.
+    const qvb::catalogue::FieldDef* TextField(const char* name, const char* text, std::size_t* length,
+                                              int* error) const;
     template <typename T, std::size_t N>
     int SetFixed(const char* name, const std::uint16_t (&types)[N], T value, bool ignoreMissing);
     std::uint8_t* FixedAt(const qvb::catalogue::FieldDef& field);

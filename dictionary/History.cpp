@@ -14,17 +14,13 @@ namespace {
 
 // The stamp field holds 32 bits: a time is stored as the bits of its signed
 // 32-bit value, so times before 1970 come back as they went in.
-bool fitsStampField(long TimeStamp) {
-    return TimeStamp >= INT32_MIN && TimeStamp <= INT32_MAX;
-}
-
-std::uint32_t storedStamp(long TimeStamp) {
+std::uint32_t storedStamp(LONG TimeStamp) {
     return static_cast<std::uint32_t>(static_cast<std::int32_t>(TimeStamp));
 }
 
 LONG stampOf(std::uint32_t stored) { return static_cast<std::int32_t>(stored); }
 
-void writeEntry(RecordWriter& record, long TimeStamp, DWORD HistoryType, const CString& Data1,
+void writeEntry(RecordWriter& record, LONG TimeStamp, DWORD HistoryType, const CString& Data1,
                 const CString& Data2) {
     record.Long("TimeStamp", storedStamp(TimeStamp))
         .Long("HistoryType", HistoryType)
@@ -47,20 +43,18 @@ int readEntry(const CIsamTable& history, HISTORYLOG* entry) {
 
 }  // namespace
 
-int CDbProject::AddHistory(DWORD* pHistoryId, long TimeStamp, DWORD HistoryType, CString Data1,
+int CDbProject::AddHistory(DWORD* pHistoryId, LONG TimeStamp, DWORD HistoryType, CString Data1,
                            CString Data2) {
     return Run([&] {
-        if (!fitsStampField(TimeStamp)) return Result(isam::ISAM_BAD_PARAMETER);
         return Result(addWithNewId(Table(TAB_HISTORY), "HistoryId", pHistoryId, [&](RecordWriter& r) {
             writeEntry(r, TimeStamp, HistoryType, Data1, Data2);
         }));
     });
 }
 
-int CDbProject::AddHistory(DWORD HistoryId, long TimeStamp, DWORD HistoryType, CString Data1,
+int CDbProject::AddHistory(DWORD HistoryId, LONG TimeStamp, DWORD HistoryType, CString Data1,
                            CString Data2) {
     return Run([&] {
-        if (!fitsStampField(TimeStamp)) return Result(isam::ISAM_BAD_PARAMETER);
         return Result(addWithId(Table(TAB_HISTORY), "HistoryId", HistoryId, [&](RecordWriter& r) {
             writeEntry(r, TimeStamp, HistoryType, Data1, Data2);
         }));
@@ -72,7 +66,7 @@ int CDbProject::AddHistory(DWORD HistoryType, CString Data1, CString Data2) {
                       Data1, Data2);
 }
 
-int CDbProject::GetHistory(DWORD HistoryId, long* TimeStamp, DWORD* HistoryType, CString& Data1,
+int CDbProject::GetHistory(DWORD HistoryId, LONG* TimeStamp, DWORD* HistoryType, CString& Data1,
                            CString& Data2) {
     return Run([&] {
         CIsamTable& history = Table(TAB_HISTORY);
@@ -86,10 +80,9 @@ int CDbProject::GetHistory(DWORD HistoryId, long* TimeStamp, DWORD* HistoryType,
     });
 }
 
-int CDbProject::UpdateHistory(DWORD HistoryId, long TimeStamp, DWORD HistoryType, CString Data1,
+int CDbProject::UpdateHistory(DWORD HistoryId, LONG TimeStamp, DWORD HistoryType, CString Data1,
                               CString Data2) {
     return Run([&] {
-        if (!fitsStampField(TimeStamp)) return Result(isam::ISAM_BAD_PARAMETER);
         return Result(updateById(Table(TAB_HISTORY), HistoryId, [&](RecordWriter& r) {
             writeEntry(r, TimeStamp, HistoryType, Data1, Data2);
         }));

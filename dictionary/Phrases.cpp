@@ -54,11 +54,12 @@ int CDbObject::AddDictionary(DWORD* pTextId, DWORD PairLangId, const CString& ST
                              const CString& STextFiltered, const CString& TText, WORD MaxNrOfChar,
                              int ReadOnly, int Translated, int Standard, DWORD Flags) {
     return Run([&] {
-        MarkFiltersStale();
         const Phrase phrase = phraseOf(PairLangId, SText, STextFiltered, TText, MaxNrOfChar,
                                        ReadOnly, Translated, Standard, Flags);
-        return Result(addWithNewId(Table(TAB_DIC), "TextId", pTextId,
-                                   newRecord(phrase, 0, m_DbTyp == DICTINARY)));
+        const auto record = newRecord(phrase, 0, m_DbTyp == DICTINARY);
+        if (!Succeeded(checkFill(Table(TAB_DIC), record))) return 0;
+        MarkFiltersStale();
+        return Result(addWithNewId(Table(TAB_DIC), "TextId", pTextId, record));
     });
 }
 
@@ -137,6 +138,15 @@ int CDbObject::UpdateDictionary(DWORD TextId, DWORD PairLangId, const CString& S
                                 const CString& TText, WORD MaxNrOfChar, int ReadOnly,
                                 int Translated, int Standard, DWORD Flags, int UpdateSimilar) {
     return Run([&] {
+        // The similar phrases take the same translation: a text the record cannot
+        // hold is refused before any of them changes.
+        const Phrase phrase = phraseOf(PairLangId, SText, CString(), TText, MaxNrOfChar, ReadOnly,
+                                       Translated, Standard, Flags);
+        if (!Succeeded(checkFill(Table(TAB_DIC), [&](RecordWriter& record) {
+                writePhrase(record, phrase, m_DbTyp == DICTINARY);
+            }))) {
+            return 0;
+        }
         if (UpdateSimilar && !UpdateAllSimilarSourcePhrases(TextId, TText)) return 0;
         // The normalised source text is the adding caller's; an update keeps it.
         Phrase stored;
@@ -151,12 +161,12 @@ int CDbObject::UpdateDictionaryInternal(DWORD TextId, DWORD PairLangId, const CS
                                         WORD MaxNrOfChar, int ReadOnly, int Translated,
                                         int Standard, DWORD Flags) {
     return Run([&] {
-        MarkFiltersStale();
         const Phrase phrase = phraseOf(PairLangId, SText, STextFiltered, TText, MaxNrOfChar,
                                        ReadOnly, Translated, Standard, Flags);
-        return Result(updateById(Table(TAB_DIC), TextId, [&](RecordWriter& record) {
-            writePhrase(record, phrase, m_DbTyp == DICTINARY);
-        }));
+        const auto record = [&](RecordWriter& r) { writePhrase(r, phrase, m_DbTyp == DICTINARY); };
+        if (!Succeeded(checkFill(Table(TAB_DIC), record))) return 0;
+        MarkFiltersStale();
+        return Result(updateById(Table(TAB_DIC), TextId, record));
     });
 }
 

@@ -18,22 +18,27 @@ void writeModul(RecordWriter& record, const CString& Name, WORD Type, DWORD Flag
 
 int CDbProject::AddModul(DWORD* pModulId, const CString& Name, WORD Type, DWORD Flags) {
     return Run([&] {
-        // The blob comes first and stays if the module record cannot be added.
+        // The blob comes first and stays if the module record cannot be added; a
+        // name the record cannot hold is refused before either is made.
         DWORD binaryDataId = 0;
-        if (!AddBinaryData(&binaryDataId)) return 0;
-        return Result(addWithNewId(Table(TAB_MODUL), "ModulId", pModulId, [&](RecordWriter& r) {
+        const auto record = [&](RecordWriter& r) {
             writeModul(r.Long("BinaryDataId", binaryDataId), Name, Type, Flags);
-        }));
+        };
+        if (!Succeeded(checkFill(Table(TAB_MODUL), record))) return 0;
+        if (!AddBinaryData(&binaryDataId)) return 0;
+        return Result(addWithNewId(Table(TAB_MODUL), "ModulId", pModulId, record));
     });
 }
 
 int CDbProject::AddModul(DWORD ModulId, const CString& Name, WORD Type, DWORD Flags) {
     return Run([&] {
         DWORD binaryDataId = 0;
-        if (!AddBinaryData(&binaryDataId)) return 0;
-        return Result(addWithId(Table(TAB_MODUL), "ModulId", ModulId, [&](RecordWriter& r) {
+        const auto record = [&](RecordWriter& r) {
             writeModul(r.Long("BinaryDataId", binaryDataId), Name, Type, Flags);
-        }));
+        };
+        if (!Succeeded(checkFill(Table(TAB_MODUL), record))) return 0;
+        if (!AddBinaryData(&binaryDataId)) return 0;
+        return Result(addWithId(Table(TAB_MODUL), "ModulId", ModulId, record));
     });
 }
 

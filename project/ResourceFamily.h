@@ -40,30 +40,30 @@ public:
     // handed to the caller, the record added. `fill` sets the family's own fields.
     template <typename Fill>
     int addNew(DWORD* pId, DWORD textId, Fill fill) {
+        const auto record = withTextId(textId, fill);
+        if (const int rc = checkFill(table_, record)) return rc;
         db_.MarkFiltersStale();
         if (!db_.ChangeCountInDictionary(textId, TRUE)) return failure();
-        return addWithNewId(table_, family_.idField, pId, [&](RecordWriter& r) {
-            r.Long("TextId", textId);
-            fill(r);
-        });
+        return addWithNewId(table_, family_.idField, pId, record);
     }
 
     // The add under the caller's identifier, which leaves the filters alone.
     template <typename Fill>
     int addWithCallersId(DWORD id, DWORD textId, Counting counting, Fill fill) {
+        const auto record = withTextId(textId, fill);
+        if (const int rc = checkFill(table_, record)) return rc;
         if (counting == Counting::PhraseUp && !db_.ChangeCountInDictionary(textId, TRUE)) {
             return failure();
         }
-        return addWithId(table_, family_.idField, id, [&](RecordWriter& r) {
-            r.Long("TextId", textId);
-            fill(r);
-        });
+        return addWithId(table_, family_.idField, id, record);
     }
 
     // The update that keeps the phrase counts: the new phrase is counted up before
     // the old one is counted down, so keeping the phrase never passes through 0.
     template <typename Fill>
     int update(DWORD id, DWORD newTextId, Loading loading, Fill fill) {
+        const auto record = withTextId(newTextId, fill);
+        if (const int rc = checkFill(table_, record)) return rc;
         db_.MarkFiltersStale();
         if (!db_.ChangeCountInDictionary(newTextId, TRUE)) return failure();
         std::uint32_t oldTextId = 0;
@@ -72,8 +72,7 @@ public:
         if (rc != isam::ISAM_OK) return rc;
         if (!db_.ChangeCountInDictionary(oldTextId, FALSE)) return failure();
         RecordWriter writer(table_);
-        writer.Long("TextId", newTextId);
-        fill(writer);
+        record(writer);
         return writer.error() != isam::ISAM_OK ? writer.error() : table_.Rewrite();
     }
 
@@ -97,6 +96,14 @@ public:
     int markUserFilter(const CDWordArray& owners, bool included);
 
 private:
+    // The record's fields: the TextId and the family's own.
+    template <typename Fill>
+    static auto withTextId(DWORD textId, Fill& fill) {
+        return [textId, &fill](RecordWriter& r) {
+            r.Long("TextId", textId);
+            fill(r);
+        };
+    }
     int find(DWORD id, Loading loading);
     // The error a failed operation of the database object left.
     int failure() const;

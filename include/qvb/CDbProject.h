@@ -168,15 +168,15 @@ public:
     int GetMessageTableTextIdCount(DWORD* pCount, DWORD TextId);
 
     // ---- History ----------------------------------------------------------------------------
-    int AddHistory(DWORD* pHistoryId, long TimeStamp, DWORD HistoryType, CString Data1,
+    int AddHistory(DWORD* pHistoryId, LONG TimeStamp, DWORD HistoryType, CString Data1,
                    CString Data2);
-    int AddHistory(DWORD HistoryId, long TimeStamp, DWORD HistoryType, CString Data1,
+    int AddHistory(DWORD HistoryId, LONG TimeStamp, DWORD HistoryType, CString Data1,
                    CString Data2);
     // Stamped with the current time; the new entry's identifier is not handed out.
     int AddHistory(DWORD HistoryType, CString Data1, CString Data2);
-    int GetHistory(DWORD HistoryId, long* TimeStamp, DWORD* HistoryType, CString& Data1,
+    int GetHistory(DWORD HistoryId, LONG* TimeStamp, DWORD* HistoryType, CString& Data1,
                    CString& Data2);
-    int UpdateHistory(DWORD HistoryId, long TimeStamp, DWORD HistoryType, CString Data1,
+    int UpdateHistory(DWORD HistoryId, LONG TimeStamp, DWORD HistoryType, CString Data1,
                       CString Data2);
     int DeleteHistory(DWORD HistoryId);
     int EnumHistory(CDWordArray& ids);

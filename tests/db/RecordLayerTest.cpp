@@ -334,11 +334,13 @@ TEST_F(RecordLayerTest, ATransactionCommitsOrDiscardsEverythingInIt) {
     ASSERT_EQ(1, db_.GetSLangCount(&count));
     EXPECT_EQ(10u, count);
 
-    // Closing inside a transaction commits what came before it.
+    // Closing inside a transaction commits what came before it; the closed
+    // database then has no transaction to commit.
     ASSERT_EQ(1, db_.BeginTransaction());
     ASSERT_EQ(1, db_.AddSLang(&id, 1031, 1033, "", 0));
     ASSERT_EQ(1, db_.CloseDb());
-    ASSERT_EQ(1, db_.CommitTransaction());
+    EXPECT_EQ(0, db_.CommitTransaction());
+    EXPECT_EQ(isam::ISAM_NOT_OPEN, db_.GetError());
     ASSERT_EQ(1, db_.OpenDb(dir().c_str(), "test", 0));
     ASSERT_EQ(1, db_.GetSLangCount(&count));
     EXPECT_EQ(11u, count);

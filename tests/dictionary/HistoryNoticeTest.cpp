@@ -22,17 +22,15 @@ protected:
     void TearDown() override { history().Define(*currentTable(TAB_HISTORY)); }
     CIsamTable& history() { return CDbInternals::Table(db_, TAB_HISTORY); }
 
-    DWORD addEntry(long stamp, DWORD type = 1, const char* data1 = "d1", const char* data2 = "d2") {
+    DWORD addEntry(LONG stamp, DWORD type = 1, const char* data1 = "d1", const char* data2 = "d2") {
         DWORD id = 0;
         EXPECT_EQ(1, db_.AddHistory(&id, stamp, type, data1, data2)) << db_.GetError();
         return id;
     }
     HISTORYLOG entry(DWORD id) {
         HISTORYLOG e;
-        long stamp = 0;
-        EXPECT_EQ(1, db_.GetHistory(id, &stamp, &e.HistoryType, e.HistoryData1, e.HistoryData2))
+        EXPECT_EQ(1, db_.GetHistory(id, &e.TimeStamp, &e.HistoryType, e.HistoryData1, e.HistoryData2))
             << db_.GetError();
-        e.TimeStamp = static_cast<LONG>(stamp);
         return e;
     }
     DWORD addNotice(const char* text) {
@@ -110,18 +108,15 @@ TEST_F(HistoryNoticeTest, UpdatesRewriteEveryFieldAndEverythingSurvivesReopen) {
     EXPECT_EQ(isam::ISAM_DUPLICATE_KEY, db_.GetError());
 }
 
-TEST_F(HistoryNoticeTest, StampsKeepTheirSignUpToThe32BitLimitsAndBeyondAreRefused) {
-    for (long stamp : {-1L, -86400L * 365, long{INT32_MIN}, long{INT32_MAX}}) {
+// Stamps are 32-bit on every platform, as the exported interface declares them.
+static_assert(sizeof(LONG) == 4, "history stamps are 32 bits");
+
+TEST_F(HistoryNoticeTest, StampsKeepTheirSignUpToThe32BitLimits) {
+    for (LONG stamp : {LONG{-1}, LONG{-86400 * 365}, LONG{INT32_MIN}, LONG{INT32_MAX}}) {
         EXPECT_EQ(stamp, entry(addEntry(stamp)).TimeStamp);
     }
-    if (sizeof(long) <= 4) return;
-    DWORD untouched = 77;
-    EXPECT_EQ(0, db_.AddHistory(&untouched, long{INT32_MAX} + 1, 1, "a", "b"));
-    EXPECT_EQ(isam::ISAM_BAD_PARAMETER, db_.GetError());
-    EXPECT_EQ(77u, untouched);
-    EXPECT_EQ(0, db_.UpdateHistory(1, long{INT32_MIN} - 1, 1, "a", "b"));
-    EXPECT_EQ(-1, entry(1).TimeStamp);
-    EXPECT_EQ(4u, historyIds().size());
+    ASSERT_EQ(1, db_.UpdateHistory(1, INT32_MIN, 1, "a", "b"));
+    EXPECT_EQ(INT32_MIN, entry(1).TimeStamp);
 }
 
 TEST_F(HistoryNoticeTest, TheStampedAddUsesTheCurrentTime) {
@@ -137,7 +132,7 @@ TEST_F(HistoryNoticeTest, TheStampedAddUsesTheCurrentTime) {
 
 TEST_F(HistoryNoticeTest, UnknownIdsLeaveNotFound) {
     CString text;
-    long stamp = 0;
+    LONG stamp = 0;
     DWORD type = 0;
     const auto expectNotFound = [&](int result) {
         EXPECT_EQ(0, result);

@@ -1,0 +1,19 @@
+// A closed database file seen and changed with a plain SQLite connection, below
+// the library: what tests use to compare files and to forge records.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace dbtest {
+
+// What the file holds, table by table and row by row: two snapshots are equal
+// when nothing stored changed.
+std::string fileSnapshot(const std::string& path);
+
+// Replaces the stored bytes of one record of a member table, keys untouched.
+// Returns whether exactly that record was changed.
+bool forgeRecord(const std::string& path, const std::string& table, std::int64_t position,
+                 const std::string& bytes);
+
+}  // namespace dbtest
