@@ -3,12 +3,12 @@
 namespace qvb {
 
 PhraseIdList& untranslatedPhrases() {
-    static PhraseIdList list;
+    thread_local PhraseIdList list;
     return list;
 }
 
 PhraseIdList& userFilterPhrases() {
-    static PhraseIdList list;
+    thread_local PhraseIdList list;
     return list;
 }
 

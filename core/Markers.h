@@ -22,8 +22,10 @@ inline std::uint32_t withMarker(std::uint32_t flags, std::uint32_t marker, bool 
     return set ? flags | marker : flags & ~marker;
 }
 
-// A set of phrase identifiers, shared by every database object of the process:
-// refreshes of two databases must not run at the same time.
+// A set of phrase identifiers. Each thread has its own pair of lists, shared by the
+// database objects it uses: a refresh runs all its passes on one thread, so the
+// table passes read what its own dictionary pass left, even while another thread
+// refreshes another database.
 class PhraseIdList {
 public:
     void clear() { ids_.clear(); }
@@ -34,9 +36,9 @@ private:
     std::unordered_set<std::uint32_t> ids_;
 };
 
-// Phrases the last not-translated pass found untranslated.
+// Phrases the calling thread's last not-translated pass found untranslated.
 PhraseIdList& untranslatedPhrases();
-// Phrases the last user-filter pass found in the filter.
+// Phrases the calling thread's last user-filter pass found in the filter.
 PhraseIdList& userFilterPhrases();
 
 }  // namespace qvb
