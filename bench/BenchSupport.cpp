@@ -85,6 +85,16 @@ double median(std::vector<double> values) {
     return n % 2 ? values[n / 2] : (values[n / 2 - 1] + values[n / 2]) / 2;
 }
 
+Timing median(const std::vector<Timing>& timings) {
+    std::vector<double> wall;
+    std::vector<double> cpu;
+    for (const Timing& t : timings) {
+        wall.push_back(t.wall);
+        cpu.push_back(t.cpu);
+    }
+    return {median(std::move(wall)), median(std::move(cpu))};
+}
+
 bool parseCount(const char* value, std::size_t low, std::size_t high, std::size_t* out) {
     char* end = nullptr;
     const unsigned long long n = std::strtoull(value, &end, 10);

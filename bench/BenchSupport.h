@@ -8,6 +8,8 @@
 
 #include <sqlite3.h>
 
+#include <time.h>
+
 #include <algorithm>
 #include <chrono>
 #include <cstddef>
@@ -106,6 +108,9 @@ public:
     // A hand-written query that sorts or scans without an index would not be the
     // floor the benchmarks need: such a plan fails here.
     Stmt prepareIndexed(const char* sql);
+    // Reads the whole file as the library's open does, so that both sides' page
+    // caches start alike after a reopen.
+    void readWhole() { exec("PRAGMA quick_check(1)"); }
 
 private:
     sqlite3* db_ = nullptr;
@@ -136,6 +141,39 @@ double secondsOf(Body body) {
     const auto start = std::chrono::steady_clock::now();
     body();
     return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+// Wall-clock and process CPU seconds. The machine may be shared: the CPU time leaves
+// out the waits for other processes (and for the disk).
+struct Timing {
+    double wall = 0;
+    double cpu = 0;
+
+    Timing& operator+=(const Timing& other) {
+        wall += other.wall;
+        cpu += other.cpu;
+        return *this;
+    }
+};
+
+inline double cpuSeconds() {
+    timespec now{};
+    ::clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+    return static_cast<double>(now.tv_sec) + static_cast<double>(now.tv_nsec) * 1e-9;
+}
+
+template <typename Body>
+Timing timed(Body body) {
+    const auto start = std::chrono::steady_clock::now();
+    const double cpuStart = cpuSeconds();
+    body();
+    return {std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count(),
+            cpuSeconds() - cpuStart};
+}
+
+// library / SQLite, 0 when the SQLite side took no measurable time.
+inline double ratio(double library, double raw) {
+    return raw > 0 ? library / raw : 0;
 }
 
 // The index key of a phrase's source text: its leading 125 bytes padded with
@@ -172,6 +210,8 @@ inline double percent(std::size_t part, std::size_t whole) {
 }
 
 double median(std::vector<double> values);
+// The median wall and the median CPU time, each on its own.
+Timing median(const std::vector<Timing>& timings);
 
 // Items [begin, end) of a case, worked by each side in its turn.
 struct Slice {
