@@ -1,7 +1,10 @@
 // Creating, opening, rebuilding, repairing and closing a database.
+#include <cstdint>
+#include <cstring>
 #include <string>
 
 #include "core/DbState.h"
+#include "core/LibraryErrors.h"
 #include "core/Markers.h"
 #include "core/Operation.h"
 #include "core/RecordAccess.h"
@@ -27,10 +30,67 @@ int projectTablesAt(int version) {
     return kTableCount;
 }
 
+bool phrasesInOldLayout(DBTYPEONE kind, int version) {
+    if (kind == PROJECT) return version < kFirstProjectWithCurrentPhrases;
+    return kind == DICTINARY && version < kFirstDictionaryWithCurrentPhrases;
+}
+
+// The stored version (resource 0). ISAM_NO_RECORD when there is none: only this
+// library makes such a database, always with the current layouts and every table.
+int readStoredVersion(DbStateBlock& block, CIsamTable& first, int* version) {
+    std::uint8_t bytes[CIsamResource::kMostData];
+    std::size_t length = sizeof bytes;
+    const int rc = block.engine->GetResource(first, 0, bytes, &length);
+    if (rc != isam::ISAM_OK) return rc;
+    std::int32_t stored = 0;
+    if (length != sizeof stored) return isam::ISAM_DAMAGED;
+    std::memcpy(&stored, bytes, sizeof stored);
+    *version = stored;
+    return isam::ISAM_OK;
+}
+
+// A project's container holds tables that a dictionary's never has. Asked of the
+// container's catalogue, so that the answer needs no table opened.
+int checkKind(CIsamContainer& container, DBTYPEONE kind) {
+    if (kind != PROJECT && kind != DICTINARY) return isam::ISAM_OK;
+    bool project = false;
+    for (int i = kDictionaryTableCount; i < kTableCount && !project; ++i) {
+        const int rc = container.HoldsMember(currentTable(i)->name, &project);
+        if (rc != isam::ISAM_OK) return rc;
+    }
+    return project == (kind == PROJECT) ? isam::ISAM_OK : QVB_OTHER_KIND;
+}
+
+// A rebuild writes to the file, so the kind is checked before it. A file that does
+// not open is left to the rebuild to report.
+int checkKindBeforeRebuild(CIsamContainer& container, DBTYPEONE kind) {
+    if (container.Open() != isam::ISAM_OK) return isam::ISAM_OK;
+    const int rc = checkKind(container, kind);
+    (void)container.Close();
+    return rc;
+}
+
+// A table the container does not have, although its kind and version have it.
+int asMissingTable(int rc) { return rc == isam::ISAM_FILE_NOT_FOUND ? isam::ISAM_DAMAGED : rc; }
+
+// Lets go of whatever a failed open had opened, as a close would.
+void releaseFiles(DbStateBlock& block) {
+    for (auto& table : block.tables) {
+        if (table && table->IsOpen()) (void)table->Close();
+    }
+    (void)block.container->Close();
+    for (auto& table : block.tables) {
+        if (table) table->Forget();
+    }
+}
+
 }  // namespace
 
 int CDbObject::TablesAtStoredVersion() {
-    return m_DbTyp == PROJECT ? projectTablesAt(GetDBVersion()) : GetTopTableIndex();
+    if (m_DbTyp != PROJECT || !m_pStructs) return GetTopTableIndex();
+    int version = 0;
+    const int rc = readStoredVersion(*m_pStructs, Table(TAB_SLANG), &version);
+    return rc == isam::ISAM_OK ? projectTablesAt(version) : GetTopTableIndex();
 }
 
 void CDbObject::BindOldPhraseLayout() {
@@ -44,8 +104,9 @@ void CDbObject::BindOldPhraseLayout() {
 
 int CDbObject::CreateDb(const char* directory, const char* name) {
     return Run([&] {
+        // Only a create that succeeds marks the next open as that of a new database.
+        m_NewDb = 0;
         if (!AllocStructs()) return 0;
-        m_NewDb = 1;
         m_FilePath = directory;
         m_FileName = name;
         m_pStructs->engine->SetDirectory(static_cast<const char*>(m_FilePath));
@@ -66,7 +127,9 @@ int CDbObject::CreateDb(const char* directory, const char* name) {
             }
             (void)table.Close();
         }
-        return Succeeded(container.Close()) ? 1 : 0;
+        if (!Succeeded(container.Close())) return 0;
+        m_NewDb = 1;
+        return 1;
     });
 }
 
@@ -93,12 +156,7 @@ int CDbObject::RebuildTable(int index, bool repair) {
         rc = table.Rebuild();
     }
     if (repair) return 1;
-    if (!Succeeded(rc)) {
-        for (int i = 0; i < index; ++i) (void)Table(i).Close();
-        (void)m_pStructs->container->Close();
-        return 0;
-    }
-    return 1;
+    return Succeeded(asMissingTable(rc)) ? 1 : 0;
 }
 
 int CDbObject::OpenDatabase(const char* directory, const char* name, int rebuild, bool repair) {
@@ -115,34 +173,42 @@ int CDbObject::OpenDatabase(const char* directory, const char* name, int rebuild
     m_pStructs->engine->SetDirectory(static_cast<const char*>(m_FilePath));
     if (!RegisterTables()) return 0;
 
+    // A failed open leaves the database registered with nothing open, as a close
+    // would, so that the object opens or creates again.
+    const auto fail = [&] {
+        releaseFiles(*m_pStructs);
+        m_NewDb = 0;
+        return 0;
+    };
     CIsamContainer& container = *m_pStructs->container;
     container.SetFileName(std::string(m_FileName) + "." + GetDbExtension());
     if (rebuild) {
+        if (!Succeeded(checkKindBeforeRebuild(container, m_DbTyp))) return fail();
         const int rc = m_pStructs->engine->RebuildNamedFile(container.FullName());
-        if (!repair && !Succeeded(rc)) return 0;
+        if (!repair && !Succeeded(rc)) return fail();
     }
-    if (!Succeeded(container.Open()) && !repair) {
-        (void)container.Close();
-        return 0;
-    }
+    const bool containerOpen = Succeeded(container.Open());
+    if (!containerOpen && !repair) return fail();
+    if (containerOpen && !Succeeded(checkKind(container, m_DbTyp))) return fail();
 
     int count = GetTopTableIndex();
     for (int i = 0; i < count; ++i) {
-        if (rebuild && !RebuildTable(i, repair)) return 0;
-        if (!Succeeded(Table(i).Open())) {
+        if (rebuild && !RebuildTable(i, repair)) return fail();
+        if (!Succeeded(asMissingTable(Table(i).Open()))) {
             if (repair) continue;
-            return 0;
+            return fail();
         }
         // Table 0 holds the stored version, which decides the rest.
         if (i == 0 && !m_NewDb && !repair) {
-            const int version = GetDBVersion();
-            const int current = m_DbTyp == PROJECT ? kFirstProjectWithCurrentPhrases
-                                                   : kFirstDictionaryWithCurrentPhrases;
-            if ((m_DbTyp == PROJECT || m_DbTyp == DICTINARY) && version < current) {
-                BindOldPhraseLayout();
+            int version = 0;
+            const int rc = readStoredVersion(*m_pStructs, Table(0), &version);
+            if (rc == isam::ISAM_NO_RECORD) {
+                SetError(isam::ISAM_OK);
+                continue;
             }
+            if (!Succeeded(rc)) return fail();
+            if (phrasesInOldLayout(m_DbTyp, version)) BindOldPhraseLayout();
             if (m_DbTyp == PROJECT) count = projectTablesAt(version);
-            SetError(isam::ISAM_OK);
         }
     }
     m_NewDb = 0;
@@ -153,7 +219,7 @@ int CDbObject::OpenDatabase(const char* directory, const char* name, int rebuild
     }
     if (rebuild) {
         const bool updated = UpdateDictionaryAfterRebuild() != 0;
-        if (!updated && !repair) return 0;
+        if (!updated && !repair) return fail();
     }
     m_pStructs->state = DB_OPEN;
     return 1;

@@ -28,3 +28,8 @@ int CIsamContainer::Close() {
     m_fileNumber = isam::kNoFile;
     return rc;
 }
+
+int CIsamContainer::HoldsMember(const char* table, bool* held) {
+    const int rc = SelectInstance();
+    return rc == isam::ISAM_OK ? isam::holdsMember(table, held) : rc;
+}

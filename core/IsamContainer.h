@@ -15,4 +15,6 @@ public:
     int Create();
     int Open();
     int Close();
+    // Whether the open container holds the table of that name.
+    int HoldsMember(const char* table, bool* held);
 };

@@ -19,6 +19,7 @@ const char* qvbErrorText(int error) {
         case QVB_INPUT_OPEN_FAILED: return "the input file or the packed archive could not be opened";
         case QVB_ARCHIVE_FAILED: return "no temporary file could be made, or the archive could not be written";
         case QVB_UNKNOWN_KIND: return "no resource table has that element kind";
+        case QVB_OTHER_KIND: return "the file is a database of the other kind";
     }
     return error >= 0 ? isam::errorText(error) : "unknown library error";
 }

@@ -17,6 +17,7 @@ constexpr int QVB_OUTPUT_CLOSE_FAILED = -17;   // closing the output file failed
 constexpr int QVB_INPUT_OPEN_FAILED = -18;     // the input file or the packed archive could not be opened
 constexpr int QVB_ARCHIVE_FAILED = -20;        // no temporary file, or the archive could not be made
 constexpr int QVB_UNKNOWN_KIND = -21;         // a resource-element kind that names no table
+constexpr int QVB_OTHER_KIND = -22;           // the file is a database of the other kind
 
 // A short English description of an error code of either kind.
 const char* qvbErrorText(int error);

@@ -18,11 +18,14 @@ const char* errorText(int error) {
         case ISAM_TOO_MANY_FILES: return "too many open files in the instance";
         case ISAM_ALREADY_OPEN: return "file already open";
         case ISAM_FILE_BUSY: return "file in use by another process";
-        case ISAM_DAMAGED: return "file damaged or not a database";
+        case ISAM_IS_DIRECTORY: return "the path is a directory";
+        case ISAM_NOT_CONTAINER: return "not a database of this library";
+        case ISAM_DAMAGED: return "database damaged";
         case ISAM_IO_ERROR: return "input/output error";
         case ISAM_DISK_FULL: return "disk full";
         case ISAM_OUT_OF_MEMORY: return "out of memory";
         case ISAM_READ_ONLY: return "file is read-only";
+        case ISAM_ACCESS_DENIED: return "permission denied";
         case ISAM_DUPLICATE_KEY: return "duplicate key";
         case ISAM_NO_CURRENT_RECORD: return "no current record";
         case ISAM_RECORD_TOO_LONG: return "record too long for its definition";

@@ -25,13 +25,16 @@ constexpr int ISAM_BAD_FILE_NUMBER = 614;      // the file number is of the wron
 constexpr int ISAM_TOO_MANY_FILES = 615;       // the instance's file numbers are used up
 constexpr int ISAM_ALREADY_OPEN = 616;         // the container or member is open already
 constexpr int ISAM_FILE_BUSY = 617;            // another process holds the container
+constexpr int ISAM_IS_DIRECTORY = 618;         // the path names a directory
+constexpr int ISAM_NOT_CONTAINER = 619;        // a sound file, but no container of this engine
 
 // Damage and the operating system.
-constexpr int ISAM_DAMAGED = 621;        // not a container of this engine, or damaged
+constexpr int ISAM_DAMAGED = 621;        // a container, or what may be one, that is damaged
 constexpr int ISAM_IO_ERROR = 622;       // reading or writing the file failed
 constexpr int ISAM_DISK_FULL = 623;      // no space left for the file
 constexpr int ISAM_OUT_OF_MEMORY = 624;  // an allocation failed
 constexpr int ISAM_READ_ONLY = 625;      // the file cannot be written
+constexpr int ISAM_ACCESS_DENIED = 626;  // no permission for the file or its directory
 
 // Records and keys.
 constexpr int ISAM_DUPLICATE_KEY = 631;      // would duplicate a key of a unique index

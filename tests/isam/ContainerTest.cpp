@@ -319,13 +319,30 @@ TEST_F(DamageTest, RandomDamageNeverCrashes) {
 }
 
 TEST_F(DamageTest, FilesOfOtherKindsAreRefused) {
+    // Text may be a container whose header was overwritten; an empty file is none.
     const std::string text = dir_.file("text.Prj");
     std::ofstream(text) << "not a database at all, just some text that is long enough to matter\n";
     EXPECT_EQ(ISAM_DAMAGED, openContainer(text.c_str(), 582, nullptr));
+    EXPECT_EQ(ISAM_DAMAGED, rebuildContainer(text.c_str(), ""));
     const std::string empty = dir_.file("empty.Prj");
     std::ofstream{empty};
-    EXPECT_EQ(ISAM_DAMAGED, openContainer(empty.c_str(), 582, nullptr));
+    EXPECT_EQ(ISAM_NOT_CONTAINER, openContainer(empty.c_str(), 582, nullptr));
+    EXPECT_EQ(ISAM_NOT_CONTAINER, rebuildContainer(empty.c_str(), ""));
+    EXPECT_EQ(0u, fs::file_size(empty));
     EXPECT_EQ(ISAM_NOT_OPEN, closeContainer());
+    bool held = true;
+    EXPECT_EQ(ISAM_NOT_OPEN, holdsMember("Sample", &held));
+}
+
+TEST_F(DamageTest, TheCatalogueTellsWhichMembersAreHeld) {
+    ASSERT_EQ(ISAM_OK, openContainer(path_.c_str(), 582, nullptr));
+    bool held = false;
+    ASSERT_EQ(ISAM_OK, holdsMember("d.Prj!Sample", &held));
+    EXPECT_TRUE(held);
+    ASSERT_EQ(ISAM_OK, holdsMember("Other", &held));
+    EXPECT_FALSE(held);
+    EXPECT_EQ(ISAM_BAD_PARAMETER, holdsMember(nullptr, &held));
+    closeContainer();
 }
 
 TEST_F(DamageTest, RebuildOfAMemberRecomputesKeysUnderANewDefinition) {
