@@ -161,6 +161,11 @@ int CIsamTable::CountByPrefix(int index, const void* prefix, std::size_t length,
     return OnEngine([&] { return isam::countByPrefix(IndexFile(index), prefix, length, count); });
 }
 
+int CIsamTable::ScanByPrefix(int index, const void* prefix, std::size_t length, std::uint32_t* count,
+                             std::vector<isam::Position>* positions) {
+    return OnEngine([&] { return isam::scanByPrefix(IndexFile(index), prefix, length, count, positions); });
+}
+
 int CIsamTable::FetchByPrefix(int index, const void* prefix, std::size_t length,
                               std::uint32_t wanted, std::vector<isam::Position>* positions) {
     return OnEngine([&] {

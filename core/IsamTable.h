@@ -48,6 +48,9 @@ public:
     int CountByPrefix(int index, const void* prefix, std::size_t length, std::uint32_t* count);
     int FetchByPrefix(int index, const void* prefix, std::size_t length, std::uint32_t wanted,
                       std::vector<isam::Position>* positions);
+    // Count and fetch from one scan; reads of the positions in order are cheap.
+    int ScanByPrefix(int index, const void* prefix, std::size_t length, std::uint32_t* count,
+                     std::vector<isam::Position>* positions);
 
 private:
     template <typename Call>

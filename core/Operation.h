@@ -17,6 +17,7 @@ int CDbObject::Run(Body body) {
     if (m_pStructs && m_pStructs->engine) instance = m_pStructs->engine->InstanceName();
     const bool batched = !instance.empty() && isam::selectInstance(instance.c_str()) == isam::ISAM_OK &&
                          isam::beginBatch() == isam::ISAM_OK;
+    const WORD staleBefore = m_FilterValid;
     int result = 0;
     try {
         result = body();
@@ -30,8 +31,10 @@ int CDbObject::Run(Body body) {
     if (batched && isam::selectInstance(instance.c_str()) == isam::ISAM_OK) {
         // A work that cannot be committed has not happened.
         const int committed = isam::endBatch();
-        if (committed != isam::ISAM_OK && committed != isam::ISAM_NO_BATCH && result) {
-            SetError(committed);
+        if (committed != isam::ISAM_OK && committed != isam::ISAM_NO_BATCH) {
+            // Nor has a refresh whose markers were not committed.
+            m_FilterValid |= staleBefore;
+            if (result) SetError(committed);
             result = 0;
         }
     }

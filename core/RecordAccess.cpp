@@ -101,12 +101,10 @@ int deleteById(CIsamTable& table, std::uint32_t id) {
 
 int positionsWithPrefix(CIsamTable& table, int index, const void* prefix, std::size_t length,
                         std::vector<isam::Position>* positions) {
-    positions->clear();
     std::uint32_t count = 0;
-    int rc = table.CountByPrefix(index, prefix, length, &count);
-    if (rc == isam::ISAM_NO_RECORD) return isam::ISAM_OK;
-    if (rc == isam::ISAM_OK) rc = table.FetchByPrefix(index, prefix, length, count, positions);
+    int rc = table.ScanByPrefix(index, prefix, length, &count, positions);
     if (rc == isam::ISAM_OK && positions->size() != count) rc = QVB_FETCH_MISMATCH;
+    if (rc != isam::ISAM_OK) positions->clear();
     return rc;
 }
 

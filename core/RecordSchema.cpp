@@ -69,14 +69,20 @@ void CRecordSchema::Define(const TableDef& table) {
     CIsamFile::Define(table);
     m_fixed.assign(fixedImageSize(table), 0);
     m_variable.assign(variableCount(table), std::string());
-    m_unpacked.assign(m_variable.size(), std::string());
+    m_spans.assign(m_variable.size(), Span());
+    m_pendingSpans.assign(m_variable.size(), Span());
+    m_lazyIn = -1;
+    m_readIn = 0;
     m_variableFields.clear();
     for (const FieldDef& field : table.fields) {
         if (!isFixedWidth(field.type)) m_variableFields.push_back(&field);
     }
     m_foundFields.fill({});
+    m_fieldsByName.clear();
+    for (const FieldDef& field : table.fields) m_fieldsByName.emplace(field.name, &field);
     m_readCapacity = bufferSize(table);
-    m_buffer.assign(m_readCapacity, 0);
+    m_buffers[0].assign(m_readCapacity, 0);
+    m_buffers[1].clear();
     m_modified = false;
 }
 
@@ -84,11 +90,14 @@ void CRecordSchema::ReleaseDefinition() {
     CIsamFile::ReleaseDefinition();
     m_fixed.clear();
     m_variable.clear();
-    m_unpacked.clear();
+    m_spans.clear();
+    m_pendingSpans.clear();
+    m_lazyIn = -1;
+    m_readIn = 0;
     m_variableFields.clear();
     m_foundFields.fill({});
-    m_buffer.clear();
-    m_buffer.shrink_to_fit();
+    m_fieldsByName.clear();
+    for (std::vector<std::uint8_t>& buffer : m_buffers) std::vector<std::uint8_t>().swap(buffer);
     m_packed.clear();
     m_packed.shrink_to_fit();
 }
@@ -96,12 +105,14 @@ void CRecordSchema::ReleaseDefinition() {
 const FieldDef* CRecordSchema::Find(const char* name) const {
     if (!m_table || !name) return nullptr;
     // Operations name their fields with literals, so the same name usually comes
-    // at the same address: remember where it was found, and check the name.
+    // at the same address: remember where it was found, and check the name. Any
+    // other name costs one hash lookup.
     FoundField& slot = m_foundFields[(reinterpret_cast<std::uintptr_t>(name) >> 3) % m_foundFields.size()];
     if (slot.name == name && std::strcmp(slot.field->name, name) == 0) return slot.field;
-    const FieldDef* field = findField(*m_table, name);
-    if (field) slot = {name, field};
-    return field;
+    const auto found = m_fieldsByName.find(name);
+    if (found == m_fieldsByName.end()) return nullptr;
+    slot = {name, found->second};
+    return found->second;
 }
 
 const FieldDef* CRecordSchema::FindOfType(const char* name, const std::uint16_t* types,
@@ -181,7 +192,7 @@ int CRecordSchema::GetTextAt(std::size_t i, std::string* value) const {
     switch (field.type) {
         case FT_STRING:
         case FT_4STRING:
-            text = m_variable[field.position];
+            text = VariableValue(field.position);
             break;
         case FT_FSTRING: {
             const void* end = std::memchr(at, 0, field.length);
@@ -237,6 +248,7 @@ int CRecordSchema::SetText(const char* name, const char* text, std::size_t lengt
         std::memset(at, 0, field->length);
         if (length) std::memcpy(at, text, length);
     } else {
+        Materialize();
         m_variable[field->position].assign(text ? text : "", length);
     }
     m_modified = true;
@@ -276,7 +288,7 @@ int CRecordSchema::CheckBinary(const char* name, std::size_t length) const {
 int CRecordSchema::GetBinary(const char* name, std::string* value) const {
     int error = 0;
     const FieldDef* field = FindOfType(name, kBinaryTypes, std::size(kBinaryTypes), &error);
-    if (field && value) *value = m_variable[field->position];
+    if (field && value) *value = VariableValue(field->position);
     return error;
 }
 
@@ -285,6 +297,7 @@ int CRecordSchema::SetBinary(const char* name, const void* data, std::size_t len
     const FieldDef* field = FindOfType(name, kBinaryTypes, std::size(kBinaryTypes), &error);
     if (!field) return error;
     if (length > UINT32_MAX) return isam::ISAM_RECORD_TOO_LONG;
+    Materialize();
     m_variable[field->position].assign(data ? static_cast<const char*>(data) : "", data ? length : 0);
     m_modified = true;
     return isam::ISAM_OK;
@@ -292,6 +305,7 @@ int CRecordSchema::SetBinary(const char* name, const void* data, std::size_t len
 
 int CRecordSchema::CopyFieldsFrom(const CRecordSchema& other) {
     if (!m_table || !other.m_table) return QVB_NO_SCHEMA;
+    Materialize();
     for (const FieldDef& field : m_table->fields) {
         const FieldDef* source = findField(*other.m_table, field.name);
         if (!source || source->type != field.type) continue;
@@ -300,7 +314,7 @@ int CRecordSchema::CopyFieldsFrom(const CRecordSchema& other) {
             std::memcpy(FixedAt(field), other.FixedAt(*source), field.length);
             continue;
         }
-        const std::string& value = other.m_variable[source->position];
+        const std::string_view value = other.VariableValue(source->position);
         if (field.type == FT_STRING && value.size() > field.length) return isam::ISAM_RECORD_TOO_LONG;
         m_variable[field.position] = value;
     }
@@ -309,15 +323,15 @@ int CRecordSchema::CopyFieldsFrom(const CRecordSchema& other) {
 }
 
 void CRecordSchema::ReleaseLargeScratch() {
-    const std::size_t usual = m_table && m_buffer.size() > kScratchKept ? bufferSize(*m_table) : 0;
-    if (m_buffer.size() > kScratchKept && m_buffer.size() > usual) {
+    const std::size_t usual = m_table ? bufferSize(*m_table) : 0;
+    for (int i = 0; i < 2; ++i) {
+        std::vector<std::uint8_t>& buffer = m_buffers[static_cast<std::size_t>(i)];
+        if (buffer.size() <= kScratchKept || buffer.size() <= usual) continue;
+        if (m_lazyIn == i) Materialize();
+        std::vector<std::uint8_t>(usual, 0).swap(buffer);
         m_readCapacity = usual;
-        std::vector<std::uint8_t>(usual, 0).swap(m_buffer);
     }
     if (m_packed.capacity() > kScratchKept) std::vector<std::uint8_t>().swap(m_packed);
-    for (std::string& value : m_unpacked) {
-        if (value.capacity() > kScratchKept) std::string().swap(value);
-    }
 }
 
 int CRecordSchema::Pack(const std::uint8_t** record, std::size_t* length) {
@@ -325,7 +339,7 @@ int CRecordSchema::Pack(const std::uint8_t** record, std::size_t* length) {
     m_packed.assign(m_fixed.begin(), m_fixed.begin() + m_table->recordLength);
     for (const FieldDef* variable : m_variableFields) {
         const FieldDef& field = *variable;
-        const std::string& value = m_variable[field.position];
+        const std::string_view value = VariableValue(field.position);
         if (field.type == FT_4STRING) {
             std::uint8_t prefix[4];
             storeLittleEndian(prefix, static_cast<std::uint32_t>(value.size()));
@@ -341,51 +355,69 @@ int CRecordSchema::Pack(const std::uint8_t** record, std::size_t* length) {
     return isam::ISAM_OK;
 }
 
+std::string_view CRecordSchema::VariableValue(std::size_t position) const {
+    if (m_lazyIn < 0) return m_variable[position];
+    const Span& span = m_spans[position];
+    return std::string_view(
+        reinterpret_cast<const char*>(m_buffers[static_cast<std::size_t>(m_lazyIn)].data()) + span.offset,
+        span.length);
+}
+
+void CRecordSchema::Materialize() {
+    if (m_lazyIn < 0) return;
+    for (std::size_t i = 0; i < m_variable.size(); ++i) m_variable[i] = VariableValue(i);
+    m_lazyIn = -1;
+}
+
 std::uint8_t* CRecordSchema::ReadBuffer(std::size_t capacity) {
+    m_readIn = m_lazyIn == 0 ? 1 : 0;
+    std::vector<std::uint8_t>& buffer = m_buffers[static_cast<std::size_t>(m_readIn)];
     m_readCapacity = std::max(m_readCapacity, capacity);
-    m_buffer.resize(m_readCapacity);
-    return m_buffer.data();
+    if (buffer.size() < m_readCapacity) buffer.resize(m_readCapacity);
+    return buffer.data();
 }
 
 int CRecordSchema::Unpack(std::size_t length) {
     if (!m_table) return QVB_NO_SCHEMA;
-    const std::uint8_t* record = m_buffer.data();
+    const std::vector<std::uint8_t>& buffer = m_buffers[static_cast<std::size_t>(m_readIn)];
+    const std::uint8_t* record = buffer.data();
     const std::size_t fixedLength = m_table->recordLength;
-    if (length < fixedLength || length > m_buffer.size()) return isam::ISAM_RECORD_TOO_SHORT;
+    if (length < fixedLength || length > buffer.size()) return isam::ISAM_RECORD_TOO_SHORT;
     // Everything is checked before anything is taken, so a malformed record
     // leaves the previous values in place.
-    // The values are gathered in strings kept from earlier reads, which have room.
-    for (std::string& value : m_unpacked) value.clear();
+    for (Span& span : m_pendingSpans) span = Span();
     std::size_t at = fixedLength;
     for (const FieldDef* variable : m_variableFields) {
         const FieldDef& field = *variable;
         if (at >= length) break;
         const std::size_t rest = length - at;
-        std::string& value = m_unpacked[field.position];
+        Span& span = m_pendingSpans[field.position];
         if (field.type == FT_4STRING) {
             if (rest < 4) return isam::ISAM_RECORD_TOO_SHORT;
             const std::uint32_t n = loadLittleEndian<std::uint32_t>(record + at);
             if (n > rest - 4) return isam::ISAM_RECORD_TOO_SHORT;
-            value.assign(reinterpret_cast<const char*>(record + at + 4), n);
+            span = {at + 4, n};
             at += 4 + n;
         } else {
             const void* end = std::memchr(record + at, 0, rest);
             const std::size_t n = end ? static_cast<const std::uint8_t*>(end) - (record + at) : rest;
             // A stored text longer than its field was not written by this library.
             if (n > field.length) return isam::ISAM_DAMAGED;
-            value.assign(reinterpret_cast<const char*>(record + at), n);
+            span = {at, n};
             at += end ? n + 1 : n;
         }
     }
-    m_variable.swap(m_unpacked);
+    m_spans.swap(m_pendingSpans);
+    m_lazyIn = m_readIn;
     return UnpackFixedPart(length);
 }
 
 int CRecordSchema::UnpackFixedPart(std::size_t length) {
     if (!m_table) return QVB_NO_SCHEMA;
-    if (length < m_table->recordLength || length > m_buffer.size()) return isam::ISAM_RECORD_TOO_SHORT;
+    const std::vector<std::uint8_t>& buffer = m_buffers[static_cast<std::size_t>(m_readIn)];
+    if (length < m_table->recordLength || length > buffer.size()) return isam::ISAM_RECORD_TOO_SHORT;
     std::fill(m_fixed.begin(), m_fixed.end(), 0);
-    std::memcpy(m_fixed.data(), m_buffer.data(), std::min(length, m_fixed.size()));
+    std::memcpy(m_fixed.data(), buffer.data(), std::min(length, m_fixed.size()));
     ReleaseLargeScratch();
     return isam::ISAM_OK;
 }

@@ -3,12 +3,17 @@
 //
 // The fixed-width fields live in an image of the fixed part; each variable field
 // (a text or a length-prefixed binary) is held on its own. Only a write packs the
-// two into the buffer, and only a read fills them from it.
+// two into the buffer, and only a read fills them from it. A read takes the variable
+// fields lazily: it checks and locates them in the record it read, and they are
+// copied out only once one of them is set (reading one copies just that one).
+// Reads go into two buffers in turn, so a failed read leaves the previous values.
 #pragma once
 
 #include <array>
 #include <cstdint>
 #include <string>
+#include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "core/IsamFile.h"
@@ -73,7 +78,7 @@ protected:
     // The buffer to read a record into: at least `capacity` bytes, and never less
     // than the largest record read so far, so that a second read is rare.
     std::uint8_t* ReadBuffer(std::size_t capacity);
-    std::size_t ReadCapacity() const { return m_buffer.size(); }
+    std::size_t ReadCapacity() const { return m_buffers[m_readIn].size(); }
     // Takes the values from a record read into the buffer.
     int Unpack(std::size_t length);
     // Takes the fixed-width values only; the variable fields keep theirs.
@@ -98,15 +103,31 @@ private:
     const std::uint8_t* FixedAt(const qvb::catalogue::FieldDef& field) const;
 
     std::vector<std::uint8_t> m_fixed;     // the fixed part
-    std::vector<std::string> m_variable;   // the variable fields in order
-    std::vector<std::string> m_unpacked;   // where a read gathers them before they count
+    // Where a variable field lies in the record read.
+    struct Span {
+        std::size_t offset = 0;
+        std::size_t length = 0;
+    };
+    // A variable field's value: in the record read while taken lazily.
+    std::string_view VariableValue(std::size_t position) const;
+    // Copies the values taken lazily out of the record read.
+    void Materialize();
+
+    std::vector<std::string> m_variable;   // the variable fields in order, once copied out
+    std::vector<Span> m_spans;             // ... or where they lie in m_buffers[m_lazyIn]
+    std::vector<Span> m_pendingSpans;      // where a read gathers them before they count
+    int m_lazyIn = -1;                     // the buffer the values lie in, -1: copied out
     std::vector<const qvb::catalogue::FieldDef*> m_variableFields;  // in record order
     struct FoundField {
         const char* name = nullptr;
         const qvb::catalogue::FieldDef* field = nullptr;
     };
     mutable std::array<FoundField, 16> m_foundFields;  // recent lookups by name
-    std::vector<std::uint8_t> m_buffer;    // a record read, sized for the largest one
+    std::unordered_map<std::string_view, const qvb::catalogue::FieldDef*> m_fieldsByName;
+    // Records read, sized for the largest one; a read takes the one the values do
+    // not lie in.
+    std::array<std::vector<std::uint8_t>, 2> m_buffers;
+    int m_readIn = 0;
     std::vector<std::uint8_t> m_packed;    // a record to write; apart, so that reads keep their room
     std::size_t m_readCapacity = 0;
     bool m_modified = false;

@@ -2,7 +2,9 @@
 // number, keeps the connection inside its transaction, and commits a write that
 // is not part of a batch. No exception leaves the engine.
 #include <new>
+#include <utility>
 
+#include "isam/FaultInjection.h"
 #include "isam/Isam.h"
 #include "isam/Registry.h"
 
@@ -39,6 +41,19 @@ int onInstance(Body body) {
     });
 }
 
+// After a failed read or write SQLite may have rolled the transaction back, or
+// kept part of a call's changes: neither may be committed as if it were whole.
+bool isStorageFailure(int rc) {
+    return rc == ISAM_IO_ERROR || rc == ISAM_DISK_FULL || rc == ISAM_OUT_OF_MEMORY;
+}
+
+// Discards the transaction; inside a batch, the whole batch has failed.
+int failTransaction(Instance& instance, Container& container, int rc) {
+    container.rollback();
+    if (instance.batchDepth() > 0) instance.batchFailure() = rc;
+    return rc;
+}
+
 // Runs a body on the open container, inside its transaction; a write is
 // committed unless a batch is open.
 template <typename Body>
@@ -46,9 +61,12 @@ int onContainer(bool write, Body body) {
     return onInstance([&](Instance& instance) {
         Container* container = instance.container();
         if (!container) return ISAM_NOT_OPEN;
+        if (instance.batchFailure()) return instance.batchFailure();
         int rc = container->ensureTransaction();
         if (rc) return rc;
-        rc = body(instance, *container);
+        rc = guarded([&] { return body(instance, *container); });
+        if (!rc && container->transactionLost()) rc = ISAM_IO_ERROR;
+        if (isStorageFailure(rc)) return failTransaction(instance, *container, rc);
         if (write && instance.batchDepth() == 0 && instance.container()) {
             const int committed = container->commit();
             if (!rc) rc = committed;
@@ -142,6 +160,13 @@ int openFile(const FileDefinition& definition, FileNumber* dataFile) {
     });
 }
 
+int holdsMember(const char* name, bool* held) {
+    if (!name || !held) return ISAM_BAD_PARAMETER;
+    return onContainer(false, [&](Instance&, Container& container) {
+        return container.holdsMember(localName(name), held);
+    });
+}
+
 int closeFile(FileNumber dataFile) {
     return onContainer(false, [&](Instance& instance, Container&) {
         return instance.closeMember(dataFile);
@@ -212,8 +237,11 @@ int findText(FileNumber index, const char* text, SearchMode mode, Position* posi
 
 int countByPrefix(FileNumber index, const void* prefix, std::size_t length, std::uint32_t* count) {
     if (!prefix && length) return ISAM_BAD_PARAMETER;
-    return onIndex(index,
-                   [&](Member& m, std::size_t i) { return m.countByPrefix(i, prefix, length, count); });
+    return onIndex(index, [&](Member& m, std::size_t i) {
+        const int rc = m.countByPrefix(i, prefix, length, count);
+        if (rc == ISAM_OK) *count += fault::takePrefixCountSkew();
+        return rc;
+    });
 }
 
 int fetchByPrefix(FileNumber index, const void* prefix, std::size_t length, std::uint32_t wanted,
@@ -221,6 +249,17 @@ int fetchByPrefix(FileNumber index, const void* prefix, std::size_t length, std:
     if (!prefix && length) return ISAM_BAD_PARAMETER;
     return onIndex(index, [&](Member& m, std::size_t i) {
         return m.fetchByPrefix(i, prefix, length, wanted, positions, fetched);
+    });
+}
+
+int scanByPrefix(FileNumber index, const void* prefix, std::size_t length, std::uint32_t* count,
+                 std::vector<Position>* positions) {
+    if (!prefix && length) return ISAM_BAD_PARAMETER;
+    return onIndex(index, [&](Member& m, std::size_t i) {
+        const int rc = m.scanByPrefix(i, prefix, length, positions);
+        *count = static_cast<std::uint32_t>(positions->size());
+        if (rc == ISAM_OK && *count) *count += fault::takePrefixCountSkew();
+        return rc;
     });
 }
 
@@ -288,15 +327,31 @@ int beginBatch() {
 int endBatch() {
     return onInstance([&](Instance& instance) {
         if (instance.batchDepth() == 0) return ISAM_NO_BATCH;
-        if (--instance.batchDepth() > 0 || !instance.container()) return ISAM_OK;
-        return instance.container()->commit();
+        if (--instance.batchDepth() > 0) return ISAM_OK;
+        const int failure = std::exchange(instance.batchFailure(), 0);
+        if (failure) return failure;
+        return instance.container() ? instance.container()->commit() : ISAM_OK;
     });
 }
 
 int abortBatch() {
     return onInstance([&](Instance& instance) {
         if (instance.batchDepth() == 0) return ISAM_NO_BATCH;
+        // Discarding is what a failed batch needed anyway: what follows may commit.
+        instance.batchFailure() = 0;
         return instance.container() ? instance.container()->rollback() : ISAM_OK;
+    });
+}
+
+int verifyContainer() {
+    return onInstance([&](Instance& instance) {
+        return instance.container() ? instance.container()->verify() : ISAM_NOT_OPEN;
+    });
+}
+
+int setBulkWork(bool bulk) {
+    return onInstance([&](Instance& instance) {
+        return instance.container() ? instance.container()->setBulkWork(bulk) : ISAM_OK;
     });
 }
 

@@ -1,11 +1,16 @@
 #include "isam/Container.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <set>
 
 #include "isam/Keys.h"
+#include "isam/RecordSeal.h"
 #include "isam/Sql.h"
 #include "platform/LocaleCollation.h"
 
@@ -15,7 +20,6 @@ namespace {
 
 // Marks a file as a container of this engine ("QVB1").
 constexpr int kApplicationId = 0x51564231;
-constexpr int kFormatVersion = 1;
 constexpr const char* kCatalogue = "qvb_files";
 constexpr int kRebuildBatch = 1000;
 
@@ -26,6 +30,57 @@ int asDamage(int rc) { return rc == ISAM_INTERNAL ? ISAM_DAMAGED : rc; }
 bool fileExists(const std::string& path) {
     struct stat st;
     return ::stat(path.c_str(), &st) == 0;
+}
+
+// What an operating-system error means to a caller; `denied` is the number for a
+// permission refused, which depends on what was asked for.
+int fromErrno(int error, int denied) {
+    switch (error) {
+        case EACCES:
+        case EPERM: return denied;
+        case EROFS: return ISAM_READ_ONLY;
+        case ENOENT:
+        case ENOTDIR: return ISAM_FILE_NOT_FOUND;
+        case EISDIR: return ISAM_IS_DIRECTORY;
+        case ENOSPC: return ISAM_DISK_FULL;
+        case ENOMEM: return ISAM_OUT_OF_MEMORY;
+        default: return ISAM_IO_ERROR;
+    }
+}
+
+int accessProblem(const std::string& path, int mode, int denied) {
+    if (::faccessat(AT_FDCWD, path.c_str(), mode, AT_EACCESS) == 0) return ISAM_OK;
+    return fromErrno(errno, denied);
+}
+
+std::string directoryOf(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    if (slash == std::string::npos) return ".";
+    return slash == 0 ? "/" : path.substr(0, slash);
+}
+
+// Why a container could not be opened (or created) at `path`, found before SQLite
+// touches anything, so that the answer says what is wrong. The log is kept beside
+// the container, so its directory must be writable too.
+int pathProblem(const std::string& path, bool create) {
+    struct stat st;
+    if (::stat(path.c_str(), &st) == 0) {
+        if (S_ISDIR(st.st_mode)) return ISAM_IS_DIRECTORY;
+        if (create) return ISAM_FILE_EXISTS;
+        int rc = accessProblem(path, R_OK, ISAM_ACCESS_DENIED);
+        if (!rc) rc = accessProblem(path, W_OK, ISAM_READ_ONLY);
+        if (rc) return rc;
+    } else if (errno != ENOENT || !create) {
+        return fromErrno(errno, ISAM_ACCESS_DENIED);
+    }
+    return accessProblem(directoryOf(path), W_OK | X_OK, ISAM_ACCESS_DENIED);
+}
+
+// Closes a connection that refused its file. A log that was there before stays
+// as it was: checkpointing it would write to a file that is not ours.
+void closeUntouched(sqlite3* db, bool logExisted) {
+    if (logExisted) sqlite3_db_config(db, SQLITE_DBCONFIG_NO_CKPT_ON_CLOSE, 1, nullptr);
+    sqlite3_close_v2(db);
 }
 
 int compareUnderLocale(void* context, int aLength, const void* a, int bLength, const void* b) {
@@ -56,11 +111,32 @@ int queryInt(sqlite3* db, const std::string& sql, std::int64_t* value) {
     return ISAM_OK;
 }
 
+// Reads the mark of a container of this engine; writes nothing. An empty file
+// or another program's database is sound, just not ours.
 int checkIdentity(sqlite3* db) {
     std::int64_t id = 0;
     int rc = queryInt(db, "PRAGMA application_id", &id);
     if (rc) return rc;
-    return id == kApplicationId ? ISAM_OK : ISAM_DAMAGED;
+    return id == kApplicationId ? ISAM_OK : ISAM_NOT_CONTAINER;
+}
+
+// A file that bears the mark but has no catalogue is damaged or forged.
+int checkCatalogue(sqlite3* db) {
+    Statement st;
+    const int rc = st.prepare(db, "SELECT name, member, ordinal, locale, signature FROM " +
+                                      std::string(kCatalogue) + " LIMIT 0");
+    return rc ? ISAM_DAMAGED : ISAM_OK;
+}
+
+// The storage format a container was written in; one this engine does not know
+// is not a container it can read.
+int storageFormat(sqlite3* db, int* format) {
+    std::int64_t version = 0;
+    const int rc = queryInt(db, "PRAGMA user_version", &version);
+    if (rc) return rc;
+    if (version != kFirstFormat && version != kSealedFormat) return ISAM_DAMAGED;
+    *format = static_cast<int>(version);
+    return ISAM_OK;
 }
 
 // "ok", or the first problem an integrity check reports.
@@ -85,15 +161,18 @@ Container::~Container() {
     if (db_) close();
 }
 
+// Opens a connection with every setting that writes nothing to the file, so that
+// an existing file can be looked at before anything is written to it.
 int Container::connect(const std::string& path, bool create, sqlite3** db) {
     *db = nullptr;
     const int flags = SQLITE_OPEN_READWRITE | (create ? SQLITE_OPEN_CREATE : 0) |
                       SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
     int rc = sqlite3_open_v2(path.c_str(), db, flags, nullptr);
     if (rc != SQLITE_OK) {
+        const int error = *db ? sqlite3_system_errno(*db) : 0;
         sqlite3_close_v2(*db);
         *db = nullptr;
-        return fromSqlite(rc);
+        return error ? fromErrno(error, ISAM_ACCESS_DENIED) : fromSqlite(rc);
     }
     sqlite3_collation_needed(*db, nullptr, collationNeeded);
     sqlite3_db_config(*db, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
@@ -103,11 +182,13 @@ int Container::connect(const std::string& path, bool create, sqlite3** db) {
     // index and a second process is refused instead of waiting.
     std::string setup = "PRAGMA locking_mode=EXCLUSIVE;";
     if (create) setup += "PRAGMA page_size=" + std::to_string(tuning.pageSize) + ";";
-    setup += "PRAGMA journal_mode=WAL; PRAGMA synchronous=NORMAL; PRAGMA cell_size_check=ON;"
-             "PRAGMA trusted_schema=OFF; PRAGMA cache_size=-" +
-             std::to_string(tuning.cacheKiB) + "; PRAGMA wal_autocheckpoint=" +
-             std::to_string(tuning.checkpointPages) + ";";
+    setup += "PRAGMA synchronous=NORMAL; PRAGMA cell_size_check=ON; PRAGMA trusted_schema=OFF;"
+             "PRAGMA cache_size=-" +
+             std::to_string(tuning.cacheKiB) +
+             "; PRAGMA wal_autocheckpoint=" + std::to_string(tuning.checkpointPages) + ";";
     rc = execute(*db, setup);
+    // SQLite falls back to reading a file it may not write.
+    if (!rc && sqlite3_db_readonly(*db, "main") == 1) rc = ISAM_READ_ONLY;
     if (rc) {
         sqlite3_close_v2(*db);
         *db = nullptr;
@@ -115,17 +196,42 @@ int Container::connect(const std::string& path, bool create, sqlite3** db) {
     return rc;
 }
 
+// The write-ahead log: the first setting that writes to the file.
+int Container::useLog(sqlite3* db) { return execute(db, "PRAGMA journal_mode=WAL"); }
+
+// Connects to an existing file once it is known to be a container of this engine
+// with its catalogue; nothing has been written to it up to here.
+int Container::connectOurs(const std::string& path, sqlite3** db) {
+    *db = nullptr;
+    int rc = pathProblem(path, false);
+    if (rc) return rc;
+    // Ours never have a rollback journal; reading past one would replay it.
+    if (fileExists(path + "-journal")) return ISAM_NOT_CONTAINER;
+    const bool logExisted = fileExists(path + "-wal");
+    if ((rc = connect(path, false, db))) return rc;
+    rc = checkIdentity(*db);
+    if (!rc) rc = checkCatalogue(*db);
+    if (rc) {
+        closeUntouched(*db, logExisted);
+        *db = nullptr;
+    }
+    return asDamage(rc);
+}
+
 int Container::create(const std::string& path, std::unique_ptr<Container>* out) {
     if (path.empty()) return ISAM_BAD_PARAMETER;
-    if (fileExists(path)) return ISAM_FILE_EXISTS;
+    int rc = pathProblem(path, true);
+    if (rc) return rc;
     sqlite3* db = nullptr;
-    int rc = connect(path, true, &db);
+    rc = connect(path, true, &db);
+    if (!rc) rc = useLog(db);
     if (rc) {
+        sqlite3_close_v2(db);
         std::remove(path.c_str());
         return rc;
     }
     rc = execute(db, "BEGIN; PRAGMA application_id=" + std::to_string(kApplicationId) +
-                         "; PRAGMA user_version=" + std::to_string(kFormatVersion) +
+                         "; PRAGMA user_version=" + std::to_string(kCurrentFormat) +
                          "; CREATE TABLE " + std::string(kCatalogue) +
                          "(name TEXT PRIMARY KEY, member TEXT NOT NULL, ordinal INTEGER NOT NULL,"
                          " locale INTEGER NOT NULL DEFAULT 0, signature TEXT); COMMIT;");
@@ -140,26 +246,62 @@ int Container::create(const std::string& path, std::unique_ptr<Container>* out) 
 
 int Container::open(const std::string& path, std::unique_ptr<Container>* out) {
     if (path.empty()) return ISAM_BAD_PARAMETER;
-    if (!fileExists(path)) return ISAM_FILE_NOT_FOUND;
     sqlite3* db = nullptr;
-    int rc = connect(path, false, &db);
-    // A damaged file is refused here, before any member is touched.
-    if (!rc) rc = checkIdentity(db);
-    if (!rc) rc = integrity(db, "PRAGMA quick_check(1)");
+    int rc = connectOurs(path, &db);
+    if (rc) return rc;
+    // An open reads what it needs and no more, whatever the size of the file:
+    // damage is found by the read that meets it (every record carries its
+    // checksum, every page is checked as SQLite reads it) or by verify().
+    int format = 0;
+    rc = storageFormat(db, &format);
+    if (!rc) rc = useLog(db);
     if (rc) {
         sqlite3_close_v2(db);
         return asDamage(rc);
     }
     out->reset(new Container(db));
+    (*out)->format_ = format;
     return ISAM_OK;
+}
+
+int Container::verify() {
+    if (!db_) return ISAM_NOT_OPEN;
+    int rc = integrity(db_, "PRAGMA integrity_check(1)");
+    if (rc || format_ < kSealedFormat) return rc;
+    // Every record and resource against its checksum.
+    Statement members;
+    if ((rc = members.prepare(db_, "SELECT name FROM " + std::string(kCatalogue) + " WHERE ordinal = 0"))) {
+        return rc;
+    }
+    std::vector<std::string> tables;
+    while (members.step() == SQLITE_ROW) tables.emplace_back(reinterpret_cast<const char*>(members.columnBytes(0)));
+    for (const std::string& table : tables) {
+        if ((rc = verifySeals("SELECT rec FROM " + quoted(table))) ||
+            (rc = verifySeals("SELECT data FROM " + quoted(table + "$res")))) {
+            return rc;
+        }
+    }
+    return ISAM_OK;
+}
+
+int Container::verifySeals(const std::string& sql) {
+    Statement st;
+    // A member that never had a resource has no resource table.
+    if (st.prepare(db_, sql) != ISAM_OK) return sql.find("$res") != std::string::npos ? ISAM_OK : ISAM_DAMAGED;
+    int step;
+    std::size_t length = 0;
+    while ((step = st.step()) == SQLITE_ROW) {
+        if (!unseal(st.columnBytes(0), st.columnSize(0), &length)) return ISAM_DAMAGED;
+    }
+    return step == SQLITE_DONE ? ISAM_OK : asDamage(fromSqlite(step));
 }
 
 int Container::rebuild(const std::string& path) {
     if (path.empty()) return ISAM_BAD_PARAMETER;
-    if (!fileExists(path)) return ISAM_FILE_NOT_FOUND;
     sqlite3* db = nullptr;
-    int rc = connect(path, false, &db);
-    if (!rc) rc = checkIdentity(db);
+    int rc = connectOurs(path, &db);
+    if (rc) return rc;
+    rc = useLog(db);
     if (!rc && integrity(db, "PRAGMA integrity_check(1)") != ISAM_OK) {
         // Damaged indexes are rebuilt from the table data; damaged data stays damaged.
         rc = execute(db, "REINDEX");
@@ -196,7 +338,9 @@ int Container::runOnce(Statement& st, const char* sql) {
 
 int Container::ensureTransaction() {
     if (!sqlite3_get_autocommit(db_)) return ISAM_OK;
-    return runOnce(begin_, "BEGIN");
+    const int rc = runOnce(begin_, "BEGIN");
+    inTransaction_ = rc == ISAM_OK;
+    return rc;
 }
 
 void Container::resetAllCursors() {
@@ -204,39 +348,61 @@ void Container::resetAllCursors() {
 }
 
 int Container::commit() {
+    // Work that SQLite already rolled back must not be reported as committed.
+    if (transactionLost()) {
+        rollback();
+        return ISAM_IO_ERROR;
+    }
     if (sqlite3_get_autocommit(db_)) return ISAM_OK;
     resetAllCursors();
-    return runOnce(commit_, "COMMIT");
+    const int rc = runOnce(commit_, "COMMIT");
+    if (rc == ISAM_OK) {
+        inTransaction_ = false;
+        return ISAM_OK;
+    }
+    rollback();
+    return rc;
 }
 
 int Container::rollback() {
-    if (sqlite3_get_autocommit(db_)) return ISAM_OK;
+    const bool lost = transactionLost();
+    if (sqlite3_get_autocommit(db_) && !lost) return ISAM_OK;
     resetAllCursors();
-    int rc = runOnce(rollback_, "ROLLBACK");
-    if (rc) return rc;
-    // Schema changes were undone too: a member created inside the rolled-back work
-    // is gone, and locales set inside it are back at their earlier values.
+    if (!lost) {
+        const int rc = runOnce(rollback_, "ROLLBACK");
+        if (rc) return rc;
+    }
+    inTransaction_ = false;
+    return refreshMembers();
+}
+
+int Container::refreshMembers() {
+    int rc = ISAM_OK;
     for (auto& entry : members_) {
         Member& member = *entry.second;
         std::string signature;
         bool exists = false;
-        if ((rc = catalogue(member.table(), &signature, &exists))) return rc;
-        if (!exists || signature != definitionSignature(member.definition())) {
-            member.markStale();
-            continue;
-        }
         std::vector<std::uint32_t> locales;
         std::uint32_t dataLocale = 0;
-        if ((rc = storedLocales(member.table(), member.indexCount(), &locales, &dataLocale))) return rc;
-        member.restoreLocales(locales, dataLocale);
+        if (!rc) rc = catalogue(member.table(), &signature, &exists);
+        if (!rc && exists && signature == definitionSignature(member.definition())) {
+            rc = storedLocales(member.table(), member.indexCount(), &locales, &dataLocale);
+            if (!rc) {
+                member.restoreLocales(locales, dataLocale);
+                continue;
+            }
+        }
+        // Gone, replaced, or not readable now: the member answers "not open" until reopened.
+        member.markStale();
     }
-    return ISAM_OK;
+    return rc;
 }
 
 Savepoint::Savepoint(sqlite3* db) : db_(db) {}
 
+// A unit whose transaction SQLite already rolled back has nothing left to undo.
 Savepoint::~Savepoint() {
-    if (open_) {
+    if (open_ && !sqlite3_get_autocommit(db_)) {
         execute(db_, "ROLLBACK TO qvb_unit");
         execute(db_, "RELEASE qvb_unit");
     }
@@ -249,9 +415,18 @@ int Savepoint::begin() {
 }
 
 int Savepoint::release() {
+    if (open_ && sqlite3_get_autocommit(db_)) {
+        open_ = false;
+        return ISAM_IO_ERROR;
+    }
     int rc = execute(db_, "RELEASE qvb_unit");
     if (!rc) open_ = false;
     return rc;
+}
+
+int Container::setBulkWork(bool bulk) {
+    const StorageTuning& tuning = storageTuning();
+    return execute(db_, "PRAGMA cache_size=-" + std::to_string(bulk ? tuning.bulkCacheKiB : tuning.cacheKiB));
 }
 
 // ---- Members -----------------------------------------------------------------------------
@@ -278,6 +453,40 @@ int Container::closedMember(const std::string& table, std::string* signature) {
     int rc = catalogue(table, signature, &exists);
     if (rc) return rc;
     return exists ? ISAM_OK : ISAM_FILE_NOT_FOUND;
+}
+
+int Container::holdsMember(const std::string& table, bool* held) {
+    std::string signature;
+    return catalogue(table, &signature, held);
+}
+
+int Container::checkMemberShape(const std::string& table, std::size_t indexes) {
+    Statement columns;
+    int rc = columns.prepare(db_, "SELECT name FROM pragma_table_info(?1)");
+    if (rc) return asDamage(rc);
+    columns.bindText(1, table.data(), table.size());
+    std::set<std::string> names;
+    int step;
+    while ((step = columns.step()) == SQLITE_ROW) {
+        names.emplace(reinterpret_cast<const char*>(columns.columnBytes(0)), columns.columnSize(0));
+    }
+    if (step != SQLITE_DONE) return asDamage(fromSqlite(step));
+    bool complete = names.count("pos") && names.count("rec");
+    for (std::size_t i = 0; complete && i < indexes; ++i) complete = names.count(keyColumn(i)) > 0;
+    if (!complete) return ISAM_DAMAGED;
+
+    std::int64_t missing = 0;
+    Statement indexesMissing;
+    rc = indexesMissing.prepare(db_, "SELECT count(*) FROM " + std::string(kCatalogue) +
+                                         " f WHERE f.member = ?1 AND f.ordinal > 0 AND NOT EXISTS"
+                                         " (SELECT 1 FROM sqlite_schema s WHERE s.type = 'index'"
+                                         " AND s.name = f.name AND s.tbl_name = ?1)");
+    if (rc) return asDamage(rc);
+    indexesMissing.bindText(1, table.data(), table.size());
+    step = indexesMissing.step();
+    if (step != SQLITE_ROW) return asDamage(fromSqlite(step));
+    missing = indexesMissing.columnInt(0);
+    return missing == 0 ? ISAM_OK : ISAM_DAMAGED;
 }
 
 int Container::storedLocales(const std::string& table, std::size_t indexes,
@@ -385,11 +594,12 @@ int Container::openMember(const FileDefinition& definition, Member** out) {
         }
         if (!isValidDefinition(own)) return ISAM_DAMAGED;
     }
+    if ((rc = checkMemberShape(table, own.indexes.size()))) return rc;
     std::vector<std::uint32_t> locales;
     std::uint32_t dataLocale = 0;
     rc = storedLocales(table, own.indexes.size(), &locales, &dataLocale);
     if (rc) return rc;
-    auto member = std::make_unique<Member>(db_, own, locales, dataLocale);
+    auto member = std::make_unique<Member>(db_, own, locales, dataLocale, format_);
     *out = member.get();
     members_[table] = std::move(member);
     return ISAM_OK;
@@ -447,11 +657,14 @@ int Container::recomputeKeys(const FileDefinition& definition,
         while ((step = select.step()) == SQLITE_ROW) {
             const std::int64_t row = select.columnInt(0);
             const unsigned char* record = select.columnBytes(1);
-            const std::size_t length = select.columnSize(1);
-            if (parseRecord(definition, record, length, &fields) != ISAM_OK) return ISAM_DAMAGED;
+            std::size_t length = select.columnSize(1);
+            if ((format_ >= kSealedFormat && !unseal(record, length, &length)) ||
+                parseRecord(definition, record, length, &fields) != ISAM_OK) {
+                return ISAM_DAMAGED;
+            }
             std::vector<std::string> keys;
             for (const IndexDefinition& index : definition.indexes) {
-                keys.push_back(buildKey(index, record, fields));
+                keys.push_back(buildKey(index, record, fields, keyForm()));
             }
             batch.emplace_back(row, std::move(keys));
         }

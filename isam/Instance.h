@@ -36,6 +36,9 @@ public:
     int memberFile(FileNumber file, Member** member, std::size_t* ordinal) const;
 
     int& batchDepth() { return batchDepth_; }
+    // The storage failure that lost the open batch's work (0 while none): the batch
+    // runs nothing more and answers it at its end.
+    int& batchFailure() { return batchFailure_; }
 
     // Set when the registry forgets the instance; a thread that still has it
     // selected must select again.
@@ -57,6 +60,7 @@ private:
     std::vector<Slot> slots_;
     std::unique_ptr<Container> container_;
     int batchDepth_ = 0;
+    int batchFailure_ = 0;
     std::atomic<bool> removed_{false};
 };
 

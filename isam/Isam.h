@@ -117,6 +117,9 @@ int rebuildContainer(const char* path, const char* parameters);
 // Creates the member's data and index files in the open container and opens them.
 int createFile(const FileDefinition& definition, FileNumber* dataFile);
 int openFile(const FileDefinition& definition, FileNumber* dataFile);
+// Whether the open container holds a member of that name ("Modul", or a full
+// member name such as "demo.Prj!Modul"), open or not.
+int holdsMember(const char* name, bool* held);
 int closeFile(FileNumber dataFile);
 // Removes a closed member and its indexes from the open container.
 int deleteFile(const FileDefinition& definition);
@@ -152,6 +155,12 @@ int countByPrefix(FileNumber index, const void* prefix, std::size_t length, std:
 // Up to `wanted` positions of the keys beginning with the prefix, in key order.
 int fetchByPrefix(FileNumber index, const void* prefix, std::size_t length, std::uint32_t wanted,
                   Position* positions, std::uint32_t* fetched);
+// The count and the fetch from one scan: `count` keys begin with the prefix (0 is
+// no error here), and `positions` their records' positions in key order. Reading
+// those positions in that order then costs a copy each: the records are read
+// ahead along the index.
+int scanByPrefix(FileNumber index, const void* prefix, std::size_t length, std::uint32_t* count,
+                 std::vector<Position>* positions);
 
 // ---- Records (data file numbers) ----------------------------------------------------
 
@@ -189,6 +198,14 @@ int endBatch();
 // Discards everything written since the outermost batch began. The batch stays open
 // (its ends are still due) and what is written after this is committed at its end.
 int abortBatch();
+// Checks the whole container file of the selected instance: every page, every
+// index against its table, every record against its checksum. ISAM_DAMAGED when
+// anything fails; the file is only read.
+int verifyContainer();
+// Sizes the page cache of the selected instance's container for bulk work (many
+// writes between two commits: an application's own batch) or for single calls,
+// whose commits a large cache would slow down.
+int setBulkWork(bool bulk);
 int batchDepth();
 
 }  // namespace isam

@@ -1,5 +1,6 @@
 #include "isam/Keys.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace isam {
@@ -73,10 +74,88 @@ bool isValidIndex(const FileDefinition& file, const IndexDefinition& index) {
     return segmentBytes(index) + (index.duplicates ? kSuffixBytes : 0) == index.keyLength;
 }
 
+// ---- Compact text segments -------------------------------------------------------------
+//
+// A padded text compares as if it went on with spaces for ever. Cut into tokens,
+// each a run of k spaces and the byte c that ends it (the end of the text is an
+// endless run), two texts compare by their first differing tokens: with equal k
+// by c, otherwise by whether the shorter run's c lies below or above a space. So
+// tokens with c below a space order first (by k, then c), then the end, then
+// tokens with c above a space (by k descending, then c). A token is written as
+//   c                  c above a space, k = 0: the common case, one byte
+//   0x01 k c           c below a space
+//   0x02               the end of the text
+//   0x03 (255 - k) c   c above a space, k > 0
+// which bytes order exactly so (k stays below the longest segment, 250), and
+// which no token is a prefix of another: keys compare byte by byte as before.
+
+namespace {
+
+constexpr char kBelowSpace = 0x01;
+constexpr char kTextEnd = 0x02;
+constexpr char kAfterSpaces = 0x03;
+
+std::size_t withoutTrailingSpaces(const unsigned char* text, std::size_t n) {
+    while (n > 0 && text[n - 1] == ' ') --n;
+    return n;
+}
+
+// The tokens of a text that has no trailing spaces, without the end token.
+void appendTokens(std::string* key, const unsigned char* text, std::size_t n) {
+    std::size_t spaces = 0;
+    for (std::size_t i = 0; i < n; ++i) {
+        const unsigned char c = text[i];
+        if (c == ' ') {
+            ++spaces;
+        } else if (c < ' ') {
+            key->push_back(kBelowSpace);
+            key->push_back(static_cast<char>(spaces));
+            key->push_back(static_cast<char>(c));
+            spaces = 0;
+        } else if (spaces == 0) {
+            key->push_back(static_cast<char>(c));
+        } else {
+            key->push_back(kAfterSpaces);
+            key->push_back(static_cast<char>(255 - spaces));
+            key->push_back(static_cast<char>(c));
+            spaces = 0;
+        }
+    }
+}
+
+void appendCompactText(std::string* key, const unsigned char* text, std::size_t n) {
+    appendTokens(key, text, withoutTrailingSpaces(text, n));
+    key->push_back(kTextEnd);
+}
+
+// The keys whose text begins with the first n bytes of a text segment: those
+// that begin with its tokens when it ends in no space; otherwise those whose next
+// token's run is at least as long as the trailing spaces (below-space tokens with
+// k >= j, the end, above-space tokens with k >= j).
+void compactTextPrefix(const unsigned char* text, std::size_t n, SearchKey* out) {
+    const std::size_t kept = withoutTrailingSpaces(text, n);
+    appendTokens(&out->bytes, text, kept);
+    const std::size_t spaces = n - kept;
+    if (spaces == 0) return;
+    out->hasUpper = true;
+    out->upper = out->bytes;
+    out->bytes.push_back(kBelowSpace);
+    out->bytes.push_back(static_cast<char>(spaces));
+    out->upper.push_back(kAfterSpaces);
+    out->upper.push_back(static_cast<char>(256 - spaces));
+}
+
+bool isCompact(const IndexDefinition& index, KeyForm form) {
+    return form == KeyForm::Compact && !isLocaleOrdered(index);
+}
+
+}  // namespace
+
 std::string buildKey(const IndexDefinition& index, const unsigned char* record,
-                     const std::vector<FieldSpan>& fields) {
+                     const std::vector<FieldSpan>& fields, KeyForm form) {
+    const bool compact = isCompact(index, form);
     std::string key;
-    key.reserve(segmentBytes(index));
+    key.reserve(compact ? 16 : segmentBytes(index));
     for (const Segment& s : index.segments) {
         if (s.mode == kSegmentFixed) {
             appendReversed(&key, record + s.position, s.length);
@@ -84,6 +163,10 @@ std::string buildKey(const IndexDefinition& index, const unsigned char* record,
         }
         const FieldSpan& f = fields[s.position];
         const std::size_t n = f.length < s.length ? f.length : s.length;
+        if (compact) {
+            appendCompactText(&key, record + f.offset, n);
+            continue;
+        }
         key.append(reinterpret_cast<const char*>(record + f.offset), n);
         key.append(s.length - n, ' ');
     }
@@ -91,13 +174,16 @@ std::string buildKey(const IndexDefinition& index, const unsigned char* record,
 }
 
 int parseSearchKey(const IndexDefinition& index, const void* value, std::size_t length,
-                   bool wholeWhenZero, SearchKey* out) {
+                   bool wholeWhenZero, KeyForm form, SearchKey* out) {
     const std::size_t segmentLength = segmentBytes(index);
     if (length == 0 && wholeWhenZero) length = index.keyLength;
     if (length > index.keyLength) return ISAM_KEY_TOO_LONG;
+    const bool compact = isCompact(index, form);
     const unsigned char* p = static_cast<const unsigned char*>(value);
     out->bytes.clear();
     out->hasPosition = false;
+    out->hasUpper = false;
+    out->upper.clear();
     std::size_t at = 0;
     for (const Segment& s : index.segments) {
         if (at >= length) break;
@@ -105,6 +191,10 @@ int parseSearchKey(const IndexDefinition& index, const void* value, std::size_t 
         if (s.mode == kSegmentFixed) {
             if (n != s.length) return ISAM_BAD_KEY;
             appendReversed(&out->bytes, p + at, n);
+        } else if (compact && n == s.length) {
+            appendCompactText(&out->bytes, p + at, n);
+        } else if (compact) {
+            compactTextPrefix(p + at, n, out);
         } else {
             out->bytes.append(reinterpret_cast<const char*>(p + at), n);
             // A locale-ordered text has no byte prefixes: it is always compared whole.
@@ -112,7 +202,8 @@ int parseSearchKey(const IndexDefinition& index, const void* value, std::size_t 
         }
         at += n;
     }
-    out->complete = out->bytes.size() == segmentLength;
+    // A compact text's bytes say nothing of its width: what was given decides.
+    out->complete = (compact ? std::min(length, segmentLength) : out->bytes.size()) == segmentLength;
     if (length > segmentLength) {
         if (length - segmentLength != kSuffixBytes) return ISAM_BAD_KEY;
         out->hasPosition = true;

@@ -29,23 +29,32 @@ bool isLocaleOrdered(const IndexDefinition& index);
 // Checks an index definition against its file's layout.
 bool isValidIndex(const FileDefinition& file, const IndexDefinition& index);
 
+// How the text segments of stored keys are laid out. Padded: the text's bytes
+// padded with spaces to the segment's length. Compact (containers of the second
+// format on): the same order in far fewer bytes, trailing spaces dropped; see
+// Keys.cpp. Locale-ordered keys are always padded (their collation reads them).
+enum class KeyForm { Padded, Compact };
+
 // The stored key of a record: its segments, integers in big-endian order so that
 // byte order is numeric order; no position suffix (the position is the row).
 std::string buildKey(const IndexDefinition& index, const unsigned char* record,
-                     const std::vector<FieldSpan>& fields);
+                     const std::vector<FieldSpan>& fields, KeyForm form);
 
 // A caller's key value, split into the stored-key bytes it fixes and, when it
-// reaches into the suffix, the position.
+// reaches into the suffix, the position. Its keys are those that begin with
+// `bytes`, or, when `hasUpper`, those from `bytes` up to `upper` (exclusive).
 struct SearchKey {
     std::string bytes;
     bool complete = false;  // covers every segment byte
     bool hasPosition = false;
     Position position = 0;
+    bool hasUpper = false;
+    std::string upper;
 };
 
 // length 0 means the whole key. Errors: ISAM_KEY_TOO_LONG, ISAM_BAD_KEY.
 int parseSearchKey(const IndexDefinition& index, const void* value, std::size_t length,
-                   bool wholeWhenZero, SearchKey* out);
+                   bool wholeWhenZero, KeyForm form, SearchKey* out);
 
 // The total length of an index's segments (its key without the suffix).
 std::size_t segmentBytes(const IndexDefinition& index);

@@ -1,5 +1,7 @@
 #include "isam/Member.h"
 
+#include "isam/RecordSeal.h"
+
 #include <cstring>
 #include <utility>
 
@@ -39,8 +41,12 @@ std::string createIndexSql(const std::string& table, const IndexDefinition& inde
 }
 
 Member::Member(sqlite3* db, FileDefinition definition, std::vector<std::uint32_t> indexLocales,
-               std::uint32_t dataLocale)
-    : db_(db), definition_(std::move(definition)), dataLocale_(dataLocale) {
+               std::uint32_t dataLocale, int format)
+    : db_(db),
+      definition_(std::move(definition)),
+      dataLocale_(dataLocale),
+      sealed_(format >= kSealedFormat),
+      keyForm_(format >= kSealedFormat ? KeyForm::Compact : KeyForm::Padded) {
     table_ = localName(definition_.name);
     indexes_.resize(definition_.indexes.size());
     for (std::size_t i = 0; i < indexes_.size(); ++i) {
@@ -73,6 +79,7 @@ std::string Member::whereClause(const std::string& k, Filter filter) {
         case kEqRow: return " WHERE " + k + " = ?1 AND rowid = ?2";
         case kEqRowGe: return " WHERE " + k + " = ?1 AND rowid >= ?2";
         case kEqRowLt: return " WHERE " + k + " = ?1 AND rowid < ?2";
+        case kGtLt: return " WHERE " + k + " > ?1 AND " + k + " < ?2";
         default: return "";
     }
 }
@@ -121,6 +128,7 @@ void Member::bindBound(const IndexState& ix, Statement& st, const Bound& bound) 
         case kAll:
             break;
         case kRange:
+        case kGtLt:
             bindKey(ix, st, 1, bound.key);
             bindKey(ix, st, 2, bound.key2);
             break;
@@ -145,6 +153,9 @@ Member::Bound Member::prefixBound(const IndexState& ix, const SearchKey& key) co
         b.row = key.position;
     } else if (key.bytes.empty()) {
         b.filter = kAll;
+    } else if (key.hasUpper) {
+        b.filter = kRange;
+        b.key2 = key.upper;
     } else if (key.complete || collated(ix)) {
         b.filter = kEq;
     } else if (prefixSuccessor(key.bytes, &b.key2)) {
@@ -254,7 +265,7 @@ int Member::next(std::size_t index, Position* position) {
 
 int Member::findEqual(std::size_t index, const void* key, std::size_t length, Position* position) {
     SearchKey sk;
-    int rc = parseSearchKey(indexes_[index].definition, key, length, true, &sk);
+    int rc = parseSearchKey(indexes_[index].definition, key, length, true, keyForm_, &sk);
     if (rc) return rc;
     return seek(index, kAscending, {prefixBound(indexes_[index], sk)}, position);
 }
@@ -263,14 +274,20 @@ int Member::findKey(std::size_t index, const void* key, std::size_t length, Sear
                     Position* position) {
     const IndexState& ix = indexes_[index];
     SearchKey sk;
-    int rc = parseSearchKey(ix.definition, key, length, false, &sk);
+    int rc = parseSearchKey(ix.definition, key, length, false, keyForm_, &sk);
     if (rc) return rc;
     if (mode == SearchMode::Equal) return seek(index, kAscending, {prefixBound(ix, sk)}, position);
 
     const std::string& k = sk.bytes;
     const bool whole = sk.complete || collated(ix);
     std::string successor;
-    const bool hasSuccessor = !whole && prefixSuccessor(k, &successor);
+    bool hasSuccessor = false;
+    if (!whole && sk.hasUpper) {
+        successor = sk.upper;
+        hasSuccessor = true;
+    } else if (!whole) {
+        hasSuccessor = prefixSuccessor(k, &successor);
+    }
     // A key value stands for the interval of keys that begin with it: the searches
     // start just below (lower bound) or just above (upper bound) that interval.
     if (sk.hasPosition) {
@@ -322,7 +339,7 @@ int Member::countByPrefix(std::size_t index, const void* prefix, std::size_t len
                           std::uint32_t* count) {
     IndexState& ix = indexes_[index];
     SearchKey sk;
-    int rc = parseSearchKey(ix.definition, prefix, length, false, &sk);
+    int rc = parseSearchKey(ix.definition, prefix, length, false, keyForm_, &sk);
     if (rc) return rc;
     const Bound bound = prefixBound(ix, sk);
     Statement* st = nullptr;
@@ -346,7 +363,7 @@ int Member::fetchByPrefix(std::size_t index, const void* prefix, std::size_t len
     IndexState& ix = indexes_[index];
     *fetched = 0;
     SearchKey sk;
-    int rc = parseSearchKey(ix.definition, prefix, length, false, &sk);
+    int rc = parseSearchKey(ix.definition, prefix, length, false, keyForm_, &sk);
     if (rc) return rc;
     if (wanted == 0) return ISAM_OK;
     if (!positions) return ISAM_BAD_PARAMETER;
@@ -365,6 +382,150 @@ int Member::fetchByPrefix(std::size_t index, const void* prefix, std::size_t len
     return step == SQLITE_DONE ? ISAM_OK : fromSqlite(step);
 }
 
+int Member::scanByPrefix(std::size_t index, const void* prefix, std::size_t length,
+                         std::vector<Position>* positions) {
+    IndexState& ix = indexes_[index];
+    positions->clear();
+    endReadAhead();
+    SearchKey sk;
+    int rc = parseSearchKey(ix.definition, prefix, length, false, keyForm_, &sk);
+    if (rc) return rc;
+    const Bound bound = prefixBound(ix, sk);
+    Statement* st = nullptr;
+    if ((rc = statement(ix, kRows, bound.filter, &st))) return rc;
+    st->reset();
+    bindBound(ix, *st, bound);
+    st->bindInt(3, -1);  // no limit
+    int step;
+    while ((step = st->step()) == SQLITE_ROW) positions->push_back(static_cast<Position>(st->columnInt(0)));
+    st->reset();
+    if (step != SQLITE_DONE) return fromSqlite(step);
+    ahead_.active = !positions->empty();
+    ahead_.index = index;
+    ahead_.bound = bound;
+    return ISAM_OK;
+}
+
+// ---- Reading ahead along a prefix scan ---------------------------------------------------
+
+namespace {
+
+// A chunk of records read ahead stops at this many rows or bytes, whichever comes
+// first: enough to make a query per chunk cheap, little enough to bound memory.
+constexpr std::size_t kAheadRows = 256;
+constexpr std::size_t kAheadBytes = std::size_t{1} << 20;
+
+}  // namespace
+
+void Member::endReadAhead() {
+    ahead_ = ReadAhead();
+}
+
+int Member::appendAhead(Statement* st, std::size_t* bytes) {
+    IndexState& ix = indexes_[ahead_.index];
+    // The statement may be a cursor or hold the current record: it is reset below.
+    if (ix.cursor == st) ix.cursor = nullptr;
+    if (recordSource_ == st) recordSource_ = nullptr;
+    int step = SQLITE_DONE;
+    while (ahead_.rows.size() < kAheadRows && *bytes < kAheadBytes && (step = st->step()) == SQLITE_ROW) {
+        ReadAhead::Row row{st->columnInt(kRowColumn), ahead_.bytes.size(), st->columnSize(kKeyColumn), 0,
+                           st->columnSize(kRecordColumn), false};
+        ahead_.bytes.append(reinterpret_cast<const char*>(st->columnBytes(kKeyColumn)), row.keyLength);
+        row.stored = ahead_.bytes.size();
+        ahead_.bytes.append(reinterpret_cast<const char*>(st->columnBytes(kRecordColumn)), row.storedLength);
+        *bytes += row.keyLength + row.storedLength;
+        ahead_.rows.push_back(row);
+    }
+    st->reset();
+    if (step == SQLITE_DONE) return ISAM_NO_RECORD;
+    return step == SQLITE_ROW ? ISAM_OK : fromSqlite(step);
+}
+
+int Member::loadAhead() {
+    IndexState& ix = indexes_[ahead_.index];
+    ahead_.rows.clear();
+    ahead_.bytes.clear();
+    ahead_.next = 0;
+    ahead_.startResumed = ahead_.resumed;
+    ahead_.startKey = ahead_.resumeKey;
+    ahead_.startRow = ahead_.resumeRow;
+    // The first chunk starts at the prefix; later ones after the last row loaded,
+    // first among the rows of equal key, then among greater keys up to the bound.
+    std::vector<Bound> parts;
+    const Bound& bound = ahead_.bound;
+    if (!ahead_.resumed) {
+        parts.push_back(bound);
+    } else if (bound.filter != kEqRow) {
+        parts.push_back({kEqRowGe, ahead_.resumeKey, {}, ahead_.resumeRow + 1});
+        if (bound.filter == kAll || bound.filter == kGe) parts.push_back({kGt, ahead_.resumeKey, {}, 0});
+        if (bound.filter == kRange) parts.push_back({kGtLt, ahead_.resumeKey, bound.key2, 0});
+    }
+    std::size_t bytes = 0;
+    int rc = ISAM_NO_RECORD;
+    for (const Bound& part : parts) {
+        Statement* st = nullptr;
+        if ((rc = statement(ix, kAscending, part.filter, &st))) return rc;
+        st->reset();
+        bindBound(ix, *st, part);
+        rc = appendAhead(st, &bytes);
+        if (rc != ISAM_NO_RECORD) break;  // full, or an error
+    }
+    if (rc != ISAM_OK && rc != ISAM_NO_RECORD) return rc;
+    ahead_.exhausted = rc == ISAM_NO_RECORD;
+    if (!ahead_.rows.empty()) {
+        ahead_.resumed = true;
+        ahead_.resumeKey = ahead_.keyOf(ahead_.rows.back());
+        ahead_.resumeRow = ahead_.rows.back().row;
+    }
+    return ISAM_OK;
+}
+
+bool Member::readAhead(Position position, void* buffer, std::size_t capacity, std::size_t* length,
+                       int* rc) {
+    if (ahead_.next == ahead_.rows.size()) {
+        if (ahead_.exhausted || loadAhead() != ISAM_OK) {
+            endReadAhead();
+            return false;
+        }
+    }
+    std::size_t at = ahead_.next;
+    while (at < ahead_.rows.size() && ahead_.rows[at].row != position) ++at;
+    if (at == ahead_.rows.size()) return false;
+    ahead_.next = at + 1;
+    const ReadAhead::Row& row = ahead_.rows[at];
+    hasCurrent_ = true;
+    current_ = row.row;
+    recordSource_ = nullptr;
+    std::size_t n = 0;
+    const char* stored = ahead_.storedOf(row);
+    if (!recordOf(stored, row.storedLength, &n)) {
+        *rc = ISAM_DAMAGED;
+        return true;
+    }
+    *length = n;
+    *rc = n > capacity ? ISAM_BUFFER_TOO_SHORT : ISAM_OK;
+    if (*rc == ISAM_OK && n) std::memcpy(buffer, stored, n);
+    return true;
+}
+
+void Member::forgetAheadFrom(std::int64_t row) {
+    if (!ahead_.active) return;
+    // The copy of the row handed out last no longer answers for its keys.
+    if (ahead_.next > 0 && ahead_.rows[ahead_.next - 1].row == row) {
+        ahead_.rows[ahead_.next - 1].written = true;
+    }
+    for (std::size_t i = ahead_.next; i < ahead_.rows.size(); ++i) {
+        if (ahead_.rows[i].row != row) continue;
+        // Read again from the last row handed out (or where this chunk began).
+        ahead_.rows.resize(ahead_.next);
+        ahead_.exhausted = false;
+        ahead_.resumed = ahead_.next > 0 || ahead_.startResumed;
+        ahead_.resumeKey = ahead_.next > 0 ? ahead_.keyOf(ahead_.rows.back()) : ahead_.startKey;
+        ahead_.resumeRow = ahead_.next > 0 ? ahead_.rows.back().row : ahead_.startRow;
+        return;
+    }
+}
+
 // ---- Records ------------------------------------------------------------------------------
 
 
@@ -377,6 +538,7 @@ void Member::closeBlob() {
 void Member::releaseReaders() {
     resetCursors();
     closeBlob();
+    endReadAhead();
 }
 
 // False when the blob reader cannot serve the read; the statement path then gives
@@ -390,21 +552,42 @@ bool Member::readByBlob(Position position, void* buffer, std::size_t capacity, s
         closeBlob();
         return false;
     }
-    const std::size_t n = static_cast<std::size_t>(sqlite3_blob_bytes(blob_));
-    if (n && n <= capacity && sqlite3_blob_read(blob_, buffer, int(n), 0) != SQLITE_OK) {
+    const std::size_t stored = static_cast<std::size_t>(sqlite3_blob_bytes(blob_));
+    const std::size_t seal = sealed_ ? kSealLength : 0;
+    const bool sealCut = stored < seal;
+    const std::size_t n = sealCut ? 0 : stored - seal;
+    unsigned char checksum[kSealLength] = {};
+    if (!sealCut && n <= capacity &&
+        ((n && sqlite3_blob_read(blob_, buffer, int(n), 0) != SQLITE_OK) ||
+         (seal && sqlite3_blob_read(blob_, checksum, int(seal), int(n)) != SQLITE_OK))) {
         closeBlob();
         return false;
     }
+    // A damaged record is current like any other record read, as on the other paths.
     hasCurrent_ = true;
     current_ = position;
     blobRow_ = position;
     recordSource_ = nullptr;
-    *length = n;
-    *rc = n > capacity ? ISAM_BUFFER_TOO_SHORT : ISAM_OK;
+    if (sealCut) {
+        *rc = ISAM_DAMAGED;
+    } else if (n > capacity) {
+        *length = n;
+        *rc = ISAM_BUFFER_TOO_SHORT;
+    } else if (seal && !sealMatches(buffer, n, checksum)) {
+        // The bytes were read into the caller's buffer to be checked: none of
+        // them may stay there as data.
+        std::memset(buffer, 0, n);
+        *rc = ISAM_DAMAGED;
+    } else {
+        *length = n;
+        *rc = ISAM_OK;
+    }
     return true;
 }
 
 int Member::read(Position position, void* buffer, std::size_t capacity, std::size_t* length) {
+    int aheadRc = ISAM_OK;
+    if (ahead_.active && readAhead(position, buffer, capacity, length, &aheadRc)) return aheadRc;
     Statement* source = recordSource_;
     if (!(source && hasCurrent_ && current_ == position)) {
         int rc = ISAM_OK;
@@ -427,11 +610,34 @@ int Member::read(Position position, void* buffer, std::size_t capacity, std::siz
         }
         recordSource_ = &read_;
     }
-    const std::size_t n = source->columnSize(kRecordColumn);
+    const unsigned char* stored = source->columnBytes(kRecordColumn);
+    std::size_t n = 0;
+    if (!recordOf(stored, source->columnSize(kRecordColumn), &n)) return ISAM_DAMAGED;
     *length = n;
     if (n > capacity) return ISAM_BUFFER_TOO_SHORT;
-    if (n) std::memcpy(buffer, source->columnBytes(kRecordColumn), n);
+    if (n) std::memcpy(buffer, stored, n);
     return ISAM_OK;
+}
+
+std::pair<const void*, std::size_t> Member::toStore(const void* data, std::size_t length) {
+    if (!sealed_) return {data, length};
+    seal(data, length, &sealScratch_);
+    return {sealScratch_.data(), sealScratch_.size()};
+}
+
+bool Member::recordOf(const void* stored, std::size_t storedLength, std::size_t* length) const {
+    if (!sealed_) {
+        *length = storedLength;
+        return true;
+    }
+    return unseal(stored, storedLength, length);
+}
+
+int Member::buildStoredKeys(const void* stored, std::size_t storedLength,
+                            std::vector<std::string>* keys) const {
+    std::size_t length = 0;
+    if (!recordOf(stored, storedLength, &length)) return ISAM_DAMAGED;
+    return buildKeys(stored, length, keys);
 }
 
 int Member::buildKeys(const void* record, std::size_t length, std::vector<std::string>* keys) const {
@@ -441,7 +647,7 @@ int Member::buildKeys(const void* record, std::size_t length, std::vector<std::s
     int rc = parseRecord(definition_, bytes, length, &fields);
     if (rc) return rc;
     keys->clear();
-    for (const IndexState& ix : indexes_) keys->push_back(buildKey(ix.definition, bytes, fields));
+    for (const IndexState& ix : indexes_) keys->push_back(buildKey(ix.definition, bytes, fields, keyForm_));
     return ISAM_OK;
 }
 
@@ -471,7 +677,8 @@ int Member::add(const void* record, std::size_t length, Position* position) {
     if (rc) return rc;
     resetCursors();
     insert_.reset();
-    insert_.bindBlob(1, record, length);
+    const auto stored = toStore(record, length);
+    insert_.bindBlob(1, stored.first, stored.second);
     for (std::size_t i = 0; i < indexes_.size(); ++i) bindKey(indexes_[i], insert_, int(i) + 2, keys[i]);
     int step = insert_.step();
     insert_.reset();
@@ -491,9 +698,11 @@ int Member::add(const void* record, std::size_t length, Position* position) {
     return ISAM_OK;
 }
 
-// The keys of the current record as stored, when they are at hand without a query.
-bool Member::currentKeys(std::vector<std::string>* keys) const {
-    if (!hasCurrent_) return false;
+// The keys of the current record as stored, when they are at hand without a query:
+// ISAM_OK, ISAM_DAMAGED when the stored record fails its checksum, ISAM_NO_RECORD
+// when they are not at hand (or the record does not parse under this definition).
+int Member::currentKeys(std::vector<std::string>* keys) const {
+    if (!hasCurrent_) return ISAM_NO_RECORD;
     bool anchored = true;
     for (const IndexState& ix : indexes_) {
         anchored = anchored && ix.anchorValid && ix.anchorRow == current_;
@@ -501,20 +710,30 @@ bool Member::currentKeys(std::vector<std::string>* keys) const {
     if (anchored) {
         keys->clear();
         for (const IndexState& ix : indexes_) keys->push_back(ix.anchorKey);
-        return true;
+        return ISAM_OK;
+    }
+    const auto fromStored = [&](const void* stored, std::size_t length) {
+        const int rc = buildStoredKeys(stored, length, keys);
+        return rc == ISAM_OK || rc == ISAM_DAMAGED ? rc : ISAM_NO_RECORD;
+    };
+    // The row read ahead last, unless it was written since.
+    if (ahead_.active && ahead_.next > 0 && ahead_.next <= ahead_.rows.size() &&
+        ahead_.rows[ahead_.next - 1].row == current_ && !ahead_.rows[ahead_.next - 1].written) {
+        const ReadAhead::Row& row = ahead_.rows[ahead_.next - 1];
+        return fromStored(ahead_.storedOf(row), row.storedLength);
     }
     if (recordSource_ && recordSource_->columnInt(kRowColumn) == current_) {
-        return buildKeys(recordSource_->columnBytes(kRecordColumn),
-                         recordSource_->columnSize(kRecordColumn), keys) == ISAM_OK;
+        return fromStored(recordSource_->columnBytes(kRecordColumn),
+                          recordSource_->columnSize(kRecordColumn));
     }
     // A record read by position: the blob handle is still on it, unless a write to
     // the row has expired it since (the read then fails).
-    if (!blob_ || blobRow_ != current_) return false;
+    if (!blob_ || blobRow_ != current_) return ISAM_NO_RECORD;
     std::string stored(static_cast<std::size_t>(sqlite3_blob_bytes(blob_)), '\0');
     if (!stored.empty() && sqlite3_blob_read(blob_, &stored[0], int(stored.size()), 0) != SQLITE_OK) {
-        return false;
+        return ISAM_NO_RECORD;
     }
-    return buildKeys(stored.data(), stored.size(), keys) == ISAM_OK;
+    return fromStored(stored.data(), stored.size());
 }
 
 int Member::rewrite(const void* record, std::size_t length) {
@@ -528,7 +747,9 @@ int Member::rewrite(const void* record, std::size_t length) {
     const std::uint32_t all = n == 32 ? ~0u : (1u << n) - 1;
     std::uint32_t changed = all;
     std::vector<std::string> old;
-    if (currentKeys(&old)) {
+    rc = currentKeys(&old);
+    if (rc == ISAM_DAMAGED) return rc;  // its keys in the indexes are unknown
+    if (rc == ISAM_OK) {
         changed = 0;
         for (std::size_t i = 0; i < n; ++i) {
             if (old[i] != keys[i]) changed |= 1u << i;
@@ -544,8 +765,10 @@ int Member::rewrite(const void* record, std::size_t length) {
     });
     if (rc) return rc;
     resetCursors();
+    forgetAheadFrom(current_);
     update.reset();
-    update.bindBlob(1, record, length);
+    const auto stored = toStore(record, length);
+    update.bindBlob(1, stored.first, stored.second);
     for (std::size_t i = 0; i < n; ++i) {
         if (changed >> i & 1) bindKey(indexes_[i], update, int(i) + 2, keys[i]);
     }
@@ -567,6 +790,7 @@ int Member::remove() {
     });
     if (rc) return rc;
     resetCursors();
+    forgetAheadFrom(current_);
     delete_.reset();
     delete_.bindInt(1, current_);
     int step = delete_.step();
@@ -666,7 +890,8 @@ int Member::addResource(std::uint32_t type, std::uint32_t number, const void* da
     int rc = resourceStatement(st, replace ? "INSERT OR REPLACE INTO " : "INSERT INTO ",
                                "(type, number, data) VALUES(?1, ?2, ?3)", type, number);
     if (rc) return rc;
-    st.bindBlob(3, data, length);
+    const auto stored = toStore(data, length);
+    st.bindBlob(3, stored.first, stored.second);
     const int step = st.step();
     st.reset();
     if ((step & 0xff) == SQLITE_CONSTRAINT) return ISAM_RESOURCE_EXISTS;
@@ -680,13 +905,16 @@ int Member::readResource(std::uint32_t type, std::uint32_t number, void* buffer,
     if (rc) return rc;
     const int step = resourceRead_.step();
     if (step == SQLITE_ROW) {
-        const std::size_t n = resourceRead_.columnSize(0);
-        *length = n;
-        if (n > capacity) {
+        const unsigned char* stored = resourceRead_.columnBytes(0);
+        std::size_t n = 0;
+        if (!recordOf(stored, resourceRead_.columnSize(0), &n)) {
+            rc = ISAM_DAMAGED;
+        } else if (n > capacity) {
             rc = ISAM_BUFFER_TOO_SHORT;
         } else if (n) {
-            std::memcpy(buffer, resourceRead_.columnBytes(0), n);
+            std::memcpy(buffer, stored, n);
         }
+        if (rc != ISAM_DAMAGED) *length = n;
     } else {
         rc = step == SQLITE_DONE ? ISAM_NO_RECORD : fromSqlite(step);
     }

@@ -32,8 +32,10 @@ std::string createIndexSql(const std::string& table, const IndexDefinition& inde
 
 class Member {
 public:
+    // `format`: the container's storage format, which decides whether records carry
+    // checksums and how keys lay out their texts.
     Member(sqlite3* db, FileDefinition definition, std::vector<std::uint32_t> indexLocales,
-           std::uint32_t dataLocale);
+           std::uint32_t dataLocale, int format);
     ~Member();
     Member(const Member&) = delete;
     Member& operator=(const Member&) = delete;
@@ -55,6 +57,11 @@ public:
                       std::uint32_t* count);
     int fetchByPrefix(std::size_t index, const void* prefix, std::size_t length,
                       std::uint32_t wanted, Position* positions, std::uint32_t* fetched);
+    // The count and the fetch from one scan: the positions of the keys that begin
+    // with the prefix, in key order. Reads of those positions in that order are
+    // then served from records read ahead in chunks along the same index.
+    int scanByPrefix(std::size_t index, const void* prefix, std::size_t length,
+                     std::vector<Position>* positions);
 
     int read(Position position, void* buffer, std::size_t capacity, std::size_t* length);
     int add(const void* record, std::size_t length, Position* position);
@@ -100,6 +107,7 @@ private:
         kEqRow,     // key = ?1 and row = ?2
         kEqRowGe,   // key = ?1 and row >= ?2
         kEqRowLt,   // key = ?1 and row < ?2
+        kGtLt,      // key > ?1 and key < ?2
         kFilterCount
     };
     // What a query returns.
@@ -116,6 +124,35 @@ private:
         std::string key;
         std::string key2;
         std::int64_t row = 0;
+    };
+
+    // The records of a prefix scan, read ahead: rows in key order from the scanned
+    // index, each with its stored bytes and its key there.
+    struct ReadAhead {
+        // Where a row's key and stored bytes lie in `bytes`; `written`: the row
+        // was written since, so its copy here no longer answers for it.
+        struct Row {
+            std::int64_t row;
+            std::size_t key, keyLength;
+            std::size_t stored, storedLength;
+            bool written;
+        };
+        std::string bytes;  // every row's key and stored bytes, one after the other
+        std::string keyOf(const Row& r) const { return bytes.substr(r.key, r.keyLength); }
+        const char* storedOf(const Row& r) const { return bytes.data() + r.stored; }
+        bool active = false;
+        std::size_t index = 0;
+        Bound bound;
+        std::vector<Row> rows;
+        std::size_t next = 0;       // the first row not yet read
+        bool exhausted = false;     // no rows beyond those loaded
+        bool resumed = false;       // the next load continues after resumeKey/resumeRow
+        std::string resumeKey;
+        std::int64_t resumeRow = 0;
+        // Where the rows loaded now began, to load them again.
+        bool startResumed = false;
+        std::string startKey;
+        std::int64_t startRow = 0;
     };
 
     struct IndexState {
@@ -149,10 +186,24 @@ private:
     int anchorFromCurrent(std::size_t index);
     Bound prefixBound(const IndexState& ix, const SearchKey& key) const;
 
+    // The bytes to store for a record or resource (kept in sealScratch_ while sealed).
+    std::pair<const void*, std::size_t> toStore(const void* data, std::size_t length);
+    // The record inside stored bytes; false when its checksum does not match.
+    bool recordOf(const void* stored, std::size_t storedLength, std::size_t* length) const;
     int buildKeys(const void* record, std::size_t length, std::vector<std::string>* keys) const;
-    bool currentKeys(std::vector<std::string>* keys) const;
+    // The same from stored bytes, checksum checked.
+    int buildStoredKeys(const void* stored, std::size_t storedLength, std::vector<std::string>* keys) const;
+    int currentKeys(std::vector<std::string>* keys) const;
     bool readByBlob(Position position, void* buffer, std::size_t capacity, std::size_t* length,
                     int* rc);
+    // Serves a read from the rows read ahead; false when the position is not among
+    // them (the plain read then answers).
+    bool readAhead(Position position, void* buffer, std::size_t capacity, std::size_t* length, int* rc);
+    int loadAhead();
+    int appendAhead(Statement* st, std::size_t* bytes);
+    // A write to `row`: rows read ahead from it on are read again.
+    void forgetAheadFrom(std::int64_t row);
+    void endReadAhead();
     void closeBlob();
     void anchorAll(const std::vector<std::string>& keys, std::int64_t row);
     // Prepares a statement on first use; the SQL text is built only then.
@@ -168,11 +219,15 @@ private:
     std::string table_;
     std::vector<IndexState> indexes_;
     std::uint32_t dataLocale_;
+    bool sealed_;
+    KeyForm keyForm_;
+    std::string sealScratch_;
 
     bool stale_ = false;
     bool hasCurrent_ = false;
     std::int64_t current_ = 0;
     Statement* recordSource_ = nullptr;  // holds the current record in its column 2
+    ReadAhead ahead_;
 
     Statement insert_, delete_, read_;
     // UPDATE statements by the set of key columns they write (bit i: index i).

@@ -32,11 +32,18 @@ int ResourceFamilyOps::remove(DWORD id, Loading loading) {
 }
 
 int ResourceFamilyOps::enumerate(CDWordArray& ids, int index, DWORD key) {
+    return enumerate(ids, index, key, nullptr);
+}
+
+int ResourceFamilyOps::enumerate(CDWordArray& ids, int index, DWORD key,
+                                 const std::function<void(const CIsamTable&)>& listed) {
     return forEachWithId(table_, index, key, [&] {
         std::uint32_t flags = 0;
         std::uint32_t id = 0;
         const int rc = RecordReader(table_).Long("Flags", &flags).Long(family_.idField, &id).error();
-        if (rc == isam::ISAM_OK && db_.IsFiltered(flags)) ids.Add(id);
+        if (rc != isam::ISAM_OK || !db_.IsFiltered(flags)) return rc;
+        ids.Add(id);
+        if (listed) listed(table_);
         return rc;
     });
 }

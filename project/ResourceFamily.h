@@ -5,6 +5,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 
 #include "core/Catalogue.h"
 #include "core/Markers.h"
@@ -85,6 +86,9 @@ public:
     // The identifiers of the records whose key in `index` begins with `key` and
     // that pass the current filter, appended in key order.
     int enumerate(CDWordArray& ids, int index, DWORD key);
+    // The same, calling `listed` for each id appended while its record is the
+    // table's current one, so that the caller can take more of its fields.
+    int enumerate(CDWordArray& ids, int index, DWORD key, const std::function<void(const CIsamTable&)>& listed);
     // Their number, stored also after a failure (then the number gathered so far).
     int count(DWORD* pCount, int index, DWORD key);
 

@@ -124,8 +124,19 @@ int CDbProject::DoEnumStringTable(CDWordArray& ids, DWORD LangModulId) {
 }
 
 int CDbProject::EnumStringTable(CDWordArray& ids, DWORD LangModulId, int bSort) {
-    const int listed = DoEnumStringTable(ids, LangModulId);
-    if (bSort) SortStringTableIDList(ids);
+    if (!bSort) return DoEnumStringTable(ids, LangModulId);
+    // The walk hands over the ResId of each entry it lists, so that only the ids
+    // the array held before are read again for the sort.
+    const int before = ids.GetSize();
+    std::vector<WORD> listedResIds;
+    const int listed = Run([&] {
+        return Result(strings(*this).enumerate(ids, kByLangModul, LangModulId, [&](const CIsamTable& entry) {
+            WORD resId = 0;
+            (void)entry.GetShort("ResId", &resId);
+            listedResIds.push_back(resId);
+        }));
+    });
+    SortByResId(ids, before, listedResIds);
     return listed;
 }
 
@@ -142,12 +153,22 @@ int CDbProject::GetStringTableTextIdCount(DWORD* pCount, DWORD TextId) {
 }
 
 void CDbProject::SortStringTableIDList(CDWordArray& ids) {
+    SortByResId(ids, ids.GetSize(), {});
+}
+
+void CDbProject::SortByResId(CDWordArray& ids, int unknown, const std::vector<WORD>& knownResIds) {
     if (ids.GetSize() < 2) return;
     (void)Run([&] {
         CIsamTable& strings = Table(TAB_STABLE);
         std::vector<std::pair<WORD, DWORD>> byResId;
         byResId.reserve(static_cast<std::size_t>(ids.GetSize()));
         for (int i = 0; i < ids.GetSize(); ++i) {
+            if (i >= unknown) {
+                // Taken from the record as the walk read it, as a read by id would.
+                SetError(isam::ISAM_OK);
+                byResId.emplace_back(knownResIds[static_cast<std::size_t>(i - unknown)], ids[i]);
+                continue;
+            }
             // Each id is read as GetStringTable reads it, leaving its outcome in the
             // error code; an entry that cannot be read sorts as ResId 0.
             WORD resId = 0;

@@ -4,7 +4,7 @@ set -euo pipefail
 
 packages=(
   build-essential cmake ninja-build pkg-config
-  libsqlite3-dev libicu-dev zlib1g-dev libminizip-dev
+  libsqlite3-dev libicu-dev zlib1g-dev libminizip-dev libxxhash-dev
   libgtest-dev libgmock-dev libbenchmark-dev unzip
 )
 

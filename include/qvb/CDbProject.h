@@ -1,6 +1,8 @@
 // A localisation project: the modules being translated and every resource of them.
 #pragma once
 
+#include <vector>
+
 #include "qvb/CArray.h"
 #include "qvb/CDbObject.h"
 
@@ -201,4 +203,8 @@ protected:
     int SetNotTranslatedFlagInMessageTable(const CDWordArray& LangModulIds);
     int SetUserFilterFlagInStringTable(const CDWordArray& LangModulIds);
     int SetUserFilterFlagInMessageTable(const CDWordArray& LangModulIds);
+
+private:
+    // Orders ids by ResId; the ResIds of the ids from `unknown` on are known already.
+    void SortByResId(CDWordArray& ids, int unknown, const std::vector<WORD>& knownResIds);
 };

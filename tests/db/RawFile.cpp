@@ -50,6 +50,25 @@ std::string fileSnapshot(const std::string& path) {
     return out;
 }
 
+std::string storedRecord(const std::string& path, const std::string& table, std::int64_t position) {
+    sqlite3* db = nullptr;
+    std::string bytes;
+    if (sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK) {
+        sqlite3_stmt* st = nullptr;
+        const std::string sql = "SELECT rec FROM \"" + table + "\" WHERE rowid = ?1";
+        if (sqlite3_prepare_v2(db, sql.c_str(), -1, &st, nullptr) == SQLITE_OK) {
+            sqlite3_bind_int64(st, 1, position);
+            if (sqlite3_step(st) == SQLITE_ROW) {
+                bytes.assign(static_cast<const char*>(sqlite3_column_blob(st, 0)),
+                             static_cast<std::size_t>(sqlite3_column_bytes(st, 0)));
+            }
+        }
+        sqlite3_finalize(st);
+    }
+    sqlite3_close(db);
+    return bytes;
+}
+
 bool forgeRecord(const std::string& path, const std::string& table, std::int64_t position,
                  const std::string& bytes) {
     sqlite3* db = nullptr;

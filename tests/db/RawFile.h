@@ -11,6 +11,9 @@ namespace dbtest {
 // when nothing stored changed.
 std::string fileSnapshot(const std::string& path);
 
+// The stored bytes of one record of a member table ("" when there is none).
+std::string storedRecord(const std::string& path, const std::string& table, std::int64_t position);
+
 // Replaces the stored bytes of one record of a member table, keys untouched.
 // Returns whether exactly that record was changed.
 bool forgeRecord(const std::string& path, const std::string& table, std::int64_t position,

@@ -21,6 +21,7 @@
 #include "core/NewDatabase.h"
 #include "core/RecordAccess.h"
 #include "qvb/qvb.h"
+#include "tests/db/RawFile.h"
 
 extern char** environ;
 
@@ -361,8 +362,26 @@ TEST(ToolCreateInfo, DatabaseWithoutStoredVersionIsShownAsSuch) {
     const ToolRun info = qvb({"info", dir.file("bare.Prj")});
     ASSERT_EQ(0, info.code) << info.err;
     EXPECT_EQ("none", infoValue(info.out, "version"));
-    EXPECT_EQ("15", infoValue(info.out, "tables"));  // what an unversioned project opens
+    EXPECT_EQ("32", infoValue(info.out, "tables"));  // what an unversioned project opens
     EXPECT_EQ("0", infoValue(info.out, "resources"));
+}
+
+TEST(ToolCreateInfo, CheckVerifiesTheWholeFileAndFindsADamagedRecord) {
+    TempDir dir;
+    ASSERT_EQ(0, qvb({"demo", dir.path()}).code);
+    const std::string file = dir.file("demo.Prj");
+    const ToolRun sound = qvb({"info", file, "--check"});
+    ASSERT_EQ(0, sound.code) << sound.err;
+    EXPECT_EQ("ok", infoValue(sound.out, "check"));
+
+    // One byte of a stored text changed behind the library's back.
+    std::string stored = dbtest::storedRecord(file, "Dic", 1);
+    ASSERT_GT(stored.size(), 30u);
+    stored[stored.size() / 2] ^= 0x20;
+    ASSERT_TRUE(dbtest::forgeRecord(file, "Dic", 1, stored));
+    const ToolRun damaged = qvb({"info", file, "--check"});
+    EXPECT_EQ(1, damaged.code);
+    EXPECT_NE(std::string::npos, damaged.err.find("621")) << damaged.err;
 }
 
 // ---- demo and dump --------------------------------------------------------------------------

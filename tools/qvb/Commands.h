@@ -17,6 +17,6 @@ int runExtract(const Args& args);
 
 // Opens the database, prints what `qvb info` shows of it and closes it; failures
 // are reported under `command`.
-int showInfo(const DatabaseFile& file, const char* command);
+int showInfo(const DatabaseFile& file, const char* command, bool check = false);
 
 }  // namespace qvbtool

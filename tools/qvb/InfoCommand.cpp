@@ -1,10 +1,12 @@
 // qvb info FILE: kind, stored version, tables with their record counts, resources.
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
 #include <vector>
 
 #include "core/DbInternals.h"
 #include "core/RecordAccess.h"
+#include "isam/Isam.h"
 #include "tools/qvb/Commands.h"
 
 namespace qvbtool {
@@ -12,17 +14,23 @@ namespace qvbtool {
 namespace {
 
 constexpr const char* kUsage =
-    "usage: qvb info FILE\n"
+    "usage: qvb info FILE [--check]\n"
     "\n"
     "Shows the kind and stored version of the project or dictionary FILE (NAME.Prj\n"
     "or NAME.Dic), every table it has with its record count, and its resource\n"
-    "records with their lengths.\n";
+    "records with their lengths.\n"
+    "\n"
+    "  --check  also verifies the whole file (every page, every index against its\n"
+    "           table, every record against its checksum); a damaged file fails.\n";
 
 // Resources are read into a buffer of this size; a longer one is reported as such.
 constexpr WORD kResourceRoom = 1024;
 
+int describeResources(CDbObject& db, const std::vector<std::uint32_t>& numbers, const char* command,
+                      std::string* text);
+
 // Appends the description of an open database; kExitOk, or kExitFailed once reported.
-int describe(CDbObject& db, const DatabaseFile& file, const char* command, std::string* text) {
+int describe(CDbObject& db, const DatabaseFile& file, bool check, const char* command, std::string* text) {
     const int version = db.GetDBVersion();
     // A database made by CreateDb alone has no version stored.
     const bool noVersion = db.GetError() == isam::ISAM_NO_RECORD;
@@ -55,7 +63,19 @@ int describe(CDbObject& db, const DatabaseFile& file, const char* command, std::
         return operationFailed(command, "cannot list the resource records", db.GetError());
     }
     appendf(*text, "resources %zu\n", numbers.size());
-    if (numbers.empty()) return kExitOk;
+    if (!numbers.empty()) {
+        if (const int rc = describeResources(db, numbers, command, text)) return rc;
+    }
+    if (!check) return kExitOk;
+    if (!CDbInternals::Run(db, [] { return isam::verifyContainer(); })) {
+        return operationFailed(command, "the file failed its check", db.GetError());
+    }
+    appendf(*text, "check     ok\n");
+    return kExitOk;
+}
+
+int describeResources(CDbObject& db, const std::vector<std::uint32_t>& numbers, const char* command,
+                      std::string* text) {
     appendf(*text, "  %10s  %9s\n", "number", "bytes");
     std::vector<unsigned char> data(kResourceRoom);
     for (const std::uint32_t number : numbers) {
@@ -74,11 +94,11 @@ int describe(CDbObject& db, const DatabaseFile& file, const char* command, std::
 
 }  // namespace
 
-int showInfo(const DatabaseFile& file, const char* command) {
+int showInfo(const DatabaseFile& file, const char* command, bool check) {
     const auto db = newDatabase(file.kind);
     if (const int rc = openDatabase(*db, file, command)) return rc;
     std::string text;
-    const int described = describe(*db, file, command, &text);
+    const int described = describe(*db, file, check, command, &text);
     const int closed = closeDatabase(*db, file, command);
     if (described != kExitOk) return described;
     if (closed != kExitOk) return closed;
@@ -88,11 +108,15 @@ int showInfo(const DatabaseFile& file, const char* command) {
 
 int runInfo(const Args& args) {
     if (wantsHelp(args)) return printHelp(kUsage);
+    Args rest = args;
+    const auto checkAt = std::find(rest.begin(), rest.end(), "--check");
+    const bool check = checkAt != rest.end();
+    if (check) rest.erase(checkAt);
     Operands operands;
-    if (const int rc = parseFileOperands(args, 1, "expected one FILE", nullptr, "info", kUsage, &operands)) {
+    if (const int rc = parseFileOperands(rest, 1, "expected one FILE", nullptr, "info", kUsage, &operands)) {
         return rc;
     }
-    return showInfo(operands.file, "info");
+    return showInfo(operands.file, "info", check);
 }
 
 }  // namespace qvbtool

@@ -30,7 +30,7 @@ constexpr const char* kUsage =
     "\n"
     "commands:\n"
     "  create DIR NAME --project|--dictionary   create DIR/NAME.Prj or DIR/NAME.Dic\n"
-    "  info FILE                                kind, version, tables and resources\n"
+    "  info FILE [--check]                      kind, version, tables, resources; --check verifies\n"
     "  dump FILE TABLE [--json]                 every record of one table\n"
     "  demo DIR                                 create and show a sample project\n"
     "  phrases FILE [--pair N] [--filter F]     the phrases in TextId order\n"
