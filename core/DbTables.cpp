@@ -140,32 +140,26 @@ bool isOpen(const DbStateBlock* block) { return block && block->state == DB_OPEN
 // A database that is not open has no transaction to begin or end. A batch that the
 // application left open across a close is ended all the same, so that it does not
 // hold back the commits of the next open.
-// The application's own batch holds many writes until its commit: the page cache
-// grows for it and shrinks again once the outermost batch ends.
+// The application's own batch holds many writes until its commit: the connection
+// settles for such bulk work (a larger page cache, fewer checkpoints).
 int CDbObject::BeginTransaction() {
     if (!isOpen(m_pStructs)) return Result(isam::ISAM_NOT_OPEN);
     return Result(onInstance(m_pStructs, [] {
         const int rc = isam::beginBatch();
-        if (rc == isam::ISAM_OK && isam::batchDepth() == 1) (void)isam::setBulkWork(true);
+        if (rc == isam::ISAM_OK) (void)isam::settleForBulkWork();
         return rc;
     }));
 }
 
 int CDbObject::CommitTransaction() {
-    const int rc = onInstance(m_pStructs, [] {
-        const int ended = isam::endBatch();
-        if (isam::batchDepth() == 0) (void)isam::setBulkWork(false);
-        return ended;
-    });
+    const int rc = onInstance(m_pStructs, [] { return isam::endBatch(); });
     return Result(isOpen(m_pStructs) ? rc : isam::ISAM_NOT_OPEN);
 }
 
 int CDbObject::RollbackTransaction() {
     const int rc = onInstance(m_pStructs, [] {
         const int aborted = isam::abortBatch();
-        const int ended = aborted != isam::ISAM_OK ? aborted : isam::endBatch();
-        if (isam::batchDepth() == 0) (void)isam::setBulkWork(false);
-        return ended;
+        return aborted != isam::ISAM_OK ? aborted : isam::endBatch();
     });
     return Result(isOpen(m_pStructs) ? rc : isam::ISAM_NOT_OPEN);
 }

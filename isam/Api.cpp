@@ -349,9 +349,9 @@ int verifyContainer() {
     });
 }
 
-int setBulkWork(bool bulk) {
+int settleForBulkWork() {
     return onInstance([&](Instance& instance) {
-        return instance.container() ? instance.container()->setBulkWork(bulk) : ISAM_OK;
+        return instance.container() ? instance.container()->settleForBulkWork() : ISAM_OK;
     });
 }
 

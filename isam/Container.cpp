@@ -169,7 +169,8 @@ int Container::connect(const std::string& path, bool create, sqlite3** db) {
                       SQLITE_OPEN_NOMUTEX | SQLITE_OPEN_EXRESCODE;
     int rc = sqlite3_open_v2(path.c_str(), db, flags, nullptr);
     if (rc != SQLITE_OK) {
-        const int error = *db ? sqlite3_system_errno(*db) : 0;
+        // The operating system's word counts only when the file could not be opened.
+        const int error = *db && (rc & 0xff) == SQLITE_CANTOPEN ? sqlite3_system_errno(*db) : 0;
         sqlite3_close_v2(*db);
         *db = nullptr;
         return error ? fromErrno(error, ISAM_ACCESS_DENIED) : fromSqlite(rc);
@@ -424,9 +425,13 @@ int Savepoint::release() {
     return rc;
 }
 
-int Container::setBulkWork(bool bulk) {
+int Container::settleForBulkWork() {
+    if (bulk_) return ISAM_OK;
     const StorageTuning& tuning = storageTuning();
-    return execute(db_, "PRAGMA cache_size=-" + std::to_string(bulk ? tuning.bulkCacheKiB : tuning.cacheKiB));
+    const int rc = execute(db_, "PRAGMA cache_size=-" + std::to_string(tuning.bulkCacheKiB) +
+                                    "; PRAGMA wal_autocheckpoint=" + std::to_string(tuning.bulkCheckpointPages));
+    bulk_ = rc == ISAM_OK;
+    return rc;
 }
 
 // ---- Members -----------------------------------------------------------------------------

@@ -19,7 +19,9 @@ namespace isam {
 struct StorageTuning {
     int pageSize = 4096;
     int cacheKiB = 16384;
-    int bulkCacheKiB = 262144;  // during an application's own batch
+    // Once an application's own batch has begun: many writes between two commits.
+    int bulkCacheKiB = 262144;
+    int bulkCheckpointPages = 65536;
     int checkpointPages = 10000;
 };
 StorageTuning& storageTuning();
@@ -48,8 +50,11 @@ public:
     // SQLite ended the transaction on its own (it rolls back on an I/O failure).
     bool transactionLost() const { return inTransaction_ && sqlite3_get_autocommit(db_); }
 
-    // The page cache for bulk work or for single calls.
-    int setBulkWork(bool bulk);
+    // Settles the connection for bulk work: a page cache large enough that a batch
+    // of inserts all over the indexes does not spill or read its pages again, and
+    // fewer checkpoints, each copying pages that several commits rewrote once.
+    // It stays so until the file is closed: the next batch is likely to follow.
+    int settleForBulkWork();
 
     int createMember(const FileDefinition& definition, Member** out);
     int openMember(const FileDefinition& definition, Member** out);
@@ -88,6 +93,7 @@ private:
 
     sqlite3* db_;
     int format_ = kCurrentFormat;  // the file's storage format (its user_version)
+    bool bulk_ = false;
     Statement begin_, commit_, rollback_;
     bool inTransaction_ = false;
     std::map<std::string, std::unique_ptr<Member>> members_;

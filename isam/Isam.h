@@ -202,10 +202,9 @@ int abortBatch();
 // index against its table, every record against its checksum. ISAM_DAMAGED when
 // anything fails; the file is only read.
 int verifyContainer();
-// Sizes the page cache of the selected instance's container for bulk work (many
-// writes between two commits: an application's own batch) or for single calls,
-// whose commits a large cache would slow down.
-int setBulkWork(bool bulk);
+// Settles the selected instance's open container for bulk work (an application's
+// own batch: many writes between two commits) until it is closed.
+int settleForBulkWork();
 int batchDepth();
 
 }  // namespace isam

@@ -382,30 +382,6 @@ int Member::fetchByPrefix(std::size_t index, const void* prefix, std::size_t len
     return step == SQLITE_DONE ? ISAM_OK : fromSqlite(step);
 }
 
-int Member::scanByPrefix(std::size_t index, const void* prefix, std::size_t length,
-                         std::vector<Position>* positions) {
-    IndexState& ix = indexes_[index];
-    positions->clear();
-    endReadAhead();
-    SearchKey sk;
-    int rc = parseSearchKey(ix.definition, prefix, length, false, keyForm_, &sk);
-    if (rc) return rc;
-    const Bound bound = prefixBound(ix, sk);
-    Statement* st = nullptr;
-    if ((rc = statement(ix, kRows, bound.filter, &st))) return rc;
-    st->reset();
-    bindBound(ix, *st, bound);
-    st->bindInt(3, -1);  // no limit
-    int step;
-    while ((step = st->step()) == SQLITE_ROW) positions->push_back(static_cast<Position>(st->columnInt(0)));
-    st->reset();
-    if (step != SQLITE_DONE) return fromSqlite(step);
-    ahead_.active = !positions->empty();
-    ahead_.index = index;
-    ahead_.bound = bound;
-    return ISAM_OK;
-}
-
 // ---- Reading ahead along a prefix scan ---------------------------------------------------
 
 namespace {
@@ -421,6 +397,90 @@ void Member::endReadAhead() {
     ahead_ = ReadAhead();
 }
 
+int Member::scanByPrefix(std::size_t index, const void* prefix, std::size_t length,
+                         std::vector<Position>* positions) {
+    IndexState& ix = indexes_[index];
+    positions->clear();
+    endReadAhead();
+    SearchKey sk;
+    int rc = parseSearchKey(ix.definition, prefix, length, false, keyForm_, &sk);
+    if (rc) return rc;
+    const Bound bound = prefixBound(ix, sk);
+    Statement* st = nullptr;
+    if ((rc = statement(ix, kAscending, bound.filter, &st))) return rc;
+    if (ix.cursor == st) ix.cursor = nullptr;
+    if (recordSource_ == st) recordSource_ = nullptr;
+    st->reset();
+    bindBound(ix, *st, bound);
+    ahead_.index = index;
+    ahead_.bound = bound;
+    // The first chunk of records comes with the positions; the positions past it
+    // come from the index alone.
+    std::size_t bytes = 0;
+    int step = SQLITE_DONE;
+    while (ahead_.rows.size() < kAheadRows && bytes < kAheadBytes && (step = st->step()) == SQLITE_ROW) {
+        positions->push_back(static_cast<Position>(st->columnInt(kRowColumn)));
+        bytes += appendAheadRow(*st);
+    }
+    const bool allLoaded = step != SQLITE_ROW;
+    st->reset();
+    if (allLoaded && step != SQLITE_DONE) {
+        positions->clear();
+        endReadAhead();
+        return fromSqlite(step);
+    }
+    if (!allLoaded) {
+        const ReadAhead::Row& last = ahead_.rows.back();
+        for (const Bound& part : partsAfter(bound, ahead_.keyOf(last), last.row)) {
+            Statement* rows = nullptr;
+            if ((rc = statement(ix, kRows, part.filter, &rows))) break;
+            rows->reset();
+            bindBound(ix, *rows, part);
+            rows->bindInt(3, -1);  // no limit
+            while ((step = rows->step()) == SQLITE_ROW) {
+                positions->push_back(static_cast<Position>(rows->columnInt(0)));
+            }
+            rows->reset();
+            if (step != SQLITE_DONE) rc = fromSqlite(step);
+            if (rc) break;
+        }
+        if (rc) {
+            positions->clear();
+            endReadAhead();
+            return rc;
+        }
+    }
+    ahead_.active = !positions->empty();
+    ahead_.exhausted = allLoaded;
+    ahead_.resumed = !ahead_.rows.empty();
+    if (ahead_.resumed) {
+        ahead_.resumeKey = ahead_.keyOf(ahead_.rows.back());
+        ahead_.resumeRow = ahead_.rows.back().row;
+    }
+    return ISAM_OK;
+}
+
+// The rows of a prefix bound that follow the row `row` with key `key`: first
+// among the rows of equal key, then among greater keys up to the bound.
+std::vector<Member::Bound> Member::partsAfter(const Bound& bound, const std::string& key, std::int64_t row) {
+    std::vector<Bound> parts;
+    if (bound.filter == kEqRow) return parts;
+    parts.push_back({kEqRowGe, key, {}, row + 1});
+    if (bound.filter == kAll || bound.filter == kGe) parts.push_back({kGt, key, {}, 0});
+    if (bound.filter == kRange) parts.push_back({kGtLt, key, bound.key2, 0});
+    return parts;
+}
+
+std::size_t Member::appendAheadRow(const Statement& st) {
+    ReadAhead::Row row{st.columnInt(kRowColumn), ahead_.bytes.size(), st.columnSize(kKeyColumn), 0,
+                       st.columnSize(kRecordColumn), false};
+    ahead_.bytes.append(reinterpret_cast<const char*>(st.columnBytes(kKeyColumn)), row.keyLength);
+    row.stored = ahead_.bytes.size();
+    ahead_.bytes.append(reinterpret_cast<const char*>(st.columnBytes(kRecordColumn)), row.storedLength);
+    ahead_.rows.push_back(row);
+    return row.keyLength + row.storedLength;
+}
+
 int Member::appendAhead(Statement* st, std::size_t* bytes) {
     IndexState& ix = indexes_[ahead_.index];
     // The statement may be a cursor or hold the current record: it is reset below.
@@ -428,13 +488,7 @@ int Member::appendAhead(Statement* st, std::size_t* bytes) {
     if (recordSource_ == st) recordSource_ = nullptr;
     int step = SQLITE_DONE;
     while (ahead_.rows.size() < kAheadRows && *bytes < kAheadBytes && (step = st->step()) == SQLITE_ROW) {
-        ReadAhead::Row row{st->columnInt(kRowColumn), ahead_.bytes.size(), st->columnSize(kKeyColumn), 0,
-                           st->columnSize(kRecordColumn), false};
-        ahead_.bytes.append(reinterpret_cast<const char*>(st->columnBytes(kKeyColumn)), row.keyLength);
-        row.stored = ahead_.bytes.size();
-        ahead_.bytes.append(reinterpret_cast<const char*>(st->columnBytes(kRecordColumn)), row.storedLength);
-        *bytes += row.keyLength + row.storedLength;
-        ahead_.rows.push_back(row);
+        *bytes += appendAheadRow(*st);
     }
     st->reset();
     if (step == SQLITE_DONE) return ISAM_NO_RECORD;
@@ -451,15 +505,9 @@ int Member::loadAhead() {
     ahead_.startRow = ahead_.resumeRow;
     // The first chunk starts at the prefix; later ones after the last row loaded,
     // first among the rows of equal key, then among greater keys up to the bound.
-    std::vector<Bound> parts;
-    const Bound& bound = ahead_.bound;
-    if (!ahead_.resumed) {
-        parts.push_back(bound);
-    } else if (bound.filter != kEqRow) {
-        parts.push_back({kEqRowGe, ahead_.resumeKey, {}, ahead_.resumeRow + 1});
-        if (bound.filter == kAll || bound.filter == kGe) parts.push_back({kGt, ahead_.resumeKey, {}, 0});
-        if (bound.filter == kRange) parts.push_back({kGtLt, ahead_.resumeKey, bound.key2, 0});
-    }
+    const std::vector<Bound> parts = ahead_.resumed
+                                         ? partsAfter(ahead_.bound, ahead_.resumeKey, ahead_.resumeRow)
+                                         : std::vector<Bound>{ahead_.bound};
     std::size_t bytes = 0;
     int rc = ISAM_NO_RECORD;
     for (const Bound& part : parts) {

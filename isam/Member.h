@@ -201,6 +201,10 @@ private:
     bool readAhead(Position position, void* buffer, std::size_t capacity, std::size_t* length, int* rc);
     int loadAhead();
     int appendAhead(Statement* st, std::size_t* bytes);
+    // Copies the statement's row (position, key, stored record) to the rows read
+    // ahead; the bytes it took.
+    std::size_t appendAheadRow(const Statement& st);
+    static std::vector<Bound> partsAfter(const Bound& bound, const std::string& key, std::int64_t row);
     // A write to `row`: rows read ahead from it on are read again.
     void forgetAheadFrom(std::int64_t row);
     void endReadAhead();

@@ -274,14 +274,26 @@ TEST_P(SealTest, ADamagedResourceIsReportedAndTheOtherReadable) {
 
 INSTANTIATE_TEST_SUITE_P(Damages, SealTest, ::testing::ValuesIn(kDamages), damageName);
 
-// A checksum covers a record's bytes, not where they are stored: two records
-// whose stored bytes were exchanged still pass it. Enable once the checksum
-// binds a record to its position.
-TEST_F(SealFixture, DISABLED_RecordsWhoseStoredBytesWereExchangedAreDamaged) {
-    damage("Sample", "rec", {rowOf(kTargetId), rowOf(kTargetId + 1)},
-           [](std::vector<std::string>* stored) { std::swap(stored->front(), stored->back()); });
-    EXPECT_EQ(ISAM_DAMAGED, readInto(data_, positions_[kTargetId - 1]).rc);
-    EXPECT_EQ(ISAM_DAMAGED, readInto(data_, positions_[kTargetId]).rc);
+// A container of the first format has no checksums and padded text keys: it is
+// read and written as it was.
+TEST_F(SealFixture, FirstFormatContainersKeepTheirLayout) {
+    ASSERT_EQ(ISAM_OK, closeContainer());
+    sqlite3* db = nullptr;
+    ASSERT_EQ(SQLITE_OK, sqlite3_open_v2(path_.c_str(), &db, SQLITE_OPEN_READWRITE, nullptr));
+    ASSERT_EQ(SQLITE_OK, sqlite3_exec(db, "UPDATE \"Sample\" SET rec = substr(rec, 1, length(rec) - 4);"
+                                          "PRAGMA user_version = 1", nullptr, nullptr, nullptr));
+    sqlite3_close(db);
+    ASSERT_EQ(ISAM_OK, openContainer(path_.c_str(), 582, nullptr));
+    ASSERT_EQ(ISAM_OK, openFile(sampleDefinition(), &data_));
+    // Every record reads back without the checksum it had; a new one is stored plainly.
+    for (const Position position : positions_) EXPECT_EQ(ISAM_OK, readInto(data_, position).rc);
+    const Position added = add(9999, 1, 1, "plain name");
+    const Outcome back = readInto(data_, added);
+    ASSERT_EQ(ISAM_OK, back.rc);
+    ASSERT_EQ(ISAM_OK, closeContainer());
+    const std::string stored = rawRead(path_, "SELECT rec FROM \"Sample\" WHERE rowid = " + std::to_string(added));
+    EXPECT_EQ(std::string(back.buffer.begin(), back.buffer.begin() + back.length), stored);
+    ASSERT_EQ(ISAM_OK, openContainer(path_.c_str(), 582, nullptr));
 }
 
 }  // namespace
