@@ -219,7 +219,6 @@ public:
         }
         insert = db_.prepare("INSERT INTO \"Records\"(rec, k1, k2, k3) VALUES(?1, ?2, ?3, ?4)");
         byId = db_.prepareIndexed("SELECT rec FROM \"Records\" WHERE k1 = ?1");
-        countGroup = db_.prepareIndexed("SELECT count(*) FROM \"Records\" WHERE k2 = ?1");
         byGroup = db_.prepareIndexed("SELECT rec FROM \"Records\" WHERE k2 = ?1 ORDER BY k2, pos");
         walk = db_.prepareIndexed("SELECT rec FROM \"Records\" ORDER BY k3, pos");
         regroup = db_.prepareIndexed("UPDATE \"Records\" SET rec = ?1, k2 = ?2 WHERE k1 = ?3");
@@ -228,7 +227,6 @@ public:
     void close() {
         insert = Stmt();
         byId = Stmt();
-        countGroup = Stmt();
         byGroup = Stmt();
         walk = Stmt();
         regroup = Stmt();
@@ -248,7 +246,7 @@ public:
         insert.reset();
     }
 
-    Stmt insert, byId, countGroup, byGroup, walk, regroup;
+    Stmt insert, byId, byGroup, walk, regroup;
 
 private:
     bench::Connection db_;
