@@ -148,7 +148,8 @@ int forEachRecord(CIsamTable& table, int index, Visit visit) {
 }
 
 // Collects the positions of the records whose key in `index` begins with the
-// prefix, in key order: count, then fetch exactly that many.
+// prefix, in key order: the count and the fetch of one scan, which must agree
+// (QVB_FETCH_MISMATCH otherwise). Reading them in this order is then cheap.
 int positionsWithPrefix(CIsamTable& table, int index, const void* prefix, std::size_t length,
                         std::vector<isam::Position>* positions);
 
