@@ -190,7 +190,8 @@ RawKeys keysOf(const std::string& record) {
     putBigEndian(k.group, getU32(&record[kGroupAt]));
     const char* text = record.data() + kFixedLength;
     const std::vector<isam::FieldSpan> fields{{kFixedLength, std::strlen(text)}};
-    k.text = isam::buildKey(recordsDefinition("bench").indexes[2],
+    static const isam::IndexDefinition textIndex = recordsDefinition("bench").indexes[2];
+    k.text = isam::buildKey(textIndex,
                             reinterpret_cast<const unsigned char*>(record.data()), fields,
                             isam::KeyForm::Compact);
     return k;

@@ -4,27 +4,20 @@
 // the unit of work in flight at the kill is there completely or not at all, and that
 // the file passes the integrity check. Each round's kill point comes from a seed
 // derived from the round number, so the shape of the test does not depend on timing.
-#include <fcntl.h>
-#include <poll.h>
-#include <signal.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
-#include <cerrno>
-#include <chrono>
 #include <cstdint>
 #include <cstdio>
-#include <cstring>
 #include <map>
 #include <random>
 #include <set>
 #include <sstream>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "isam/Container.h"
+#include "tests/db/KillChild.h"
 #include "tests/isam/TestSupport.h"
 
 namespace {
@@ -84,37 +77,9 @@ enum FrameKind : std::uint32_t {
     kFailed = 6,      // an engine call failed: `first` is the error, `last` the step
 };
 
-constexpr std::uint32_t kFrameMagic = 0x51C4A5E7u;
-
-// One write of a frame is far below PIPE_BUF, so it reaches the pipe whole or not at
-// all; the check still refuses anything that is not a frame the child wrote.
-struct Frame {
-    std::uint32_t magic = kFrameMagic;
-    std::uint32_t kind = 0;
-    std::uint32_t first = 0;
-    std::uint32_t last = 0;
-    std::uint32_t position = 0;
-    std::uint32_t check = 0;
-};
-
-std::uint32_t frameCheck(const Frame& f) {
-    return f.magic ^ (f.kind * 0x9E3779B1u) ^ (f.first * 0x85EBCA77u) ^ (f.last * 0xC2B2AE3Du) ^
-           (f.position * 0x27D4EB2Fu);
-}
-
 void report(int fd, std::uint32_t kind, std::uint32_t first, std::uint32_t last,
             std::uint32_t position) {
-    Frame f;
-    f.kind = kind;
-    f.first = first;
-    f.last = last;
-    f.position = position;
-    f.check = frameCheck(f);
-    ssize_t written;
-    do {
-        written = ::write(fd, &f, sizeof f);
-    } while (written < 0 && errno == EINTR);
-    if (written != static_cast<ssize_t>(sizeof f)) ::_exit(4);
+    killtest::send(fd, kind, first, last, position);
 }
 
 // ---- The child ---------------------------------------------------------------------
@@ -195,10 +160,7 @@ enum ChildStep {
         if (nested) check(isam::endBatch(), kStepEndBatch);
         if (hold) {
             report(reportFd, kHolding, first, last, 0);
-            char c;
-            while (::read(holdFd, &c, 1) < 0 && errno == EINTR) {
-            }
-            ::_exit(3);  // the parent went away instead of killing us
+            killtest::holdUntilKilled(holdFd);
         }
         check(isam::endBatch(), kStepEndBatch);
         report(reportFd, kDone, first, last, 0);
@@ -225,18 +187,22 @@ struct RoundLog {
     std::string protocolError;
     std::size_t partialBytes = 0;  // a frame cut short by the kill, ignored
 
-    void take(const Frame& f) {
+    // The frame's fields: a the first id, b the last, c the position.
+    void take(const killtest::Frame& frame) {
         if (!protocolError.empty()) return;
-        if (f.magic != kFrameMagic || f.check != frameCheck(f)) {
+        if (!killtest::isWhole(frame)) {
             protocolError = "malformed frame";
             return;
         }
-        switch (f.kind) {
+        const struct {
+            std::uint32_t first, last, position;
+        } f{frame.a, frame.b, frame.c};
+        switch (frame.type) {
             case kBeginAdd:
             case kBeginBatch:
                 if (inFlight) protocolError = "begin while a unit is in flight";
                 inFlight = true;
-                flying = {f.first, f.last, f.kind == kBeginBatch};
+                flying = {f.first, f.last, frame.type == kBeginBatch};
                 break;
             case kAdded:
                 if (!inFlight || !flying.batch || f.first < flying.first || f.first > flying.last) {
@@ -316,90 +282,19 @@ protected:
 
 RoundLog CrashTest::runWriter(const ChildPlan& child, const KillPlan& kill) {
     RoundLog log;
-    int reports[2];
-    int hold[2];
-    if (::pipe2(reports, O_CLOEXEC) != 0 || ::pipe2(hold, O_CLOEXEC) != 0) {
-        ADD_FAILURE() << "pipe: " << std::strerror(errno);
-        return log;
-    }
-    std::fflush(nullptr);
-    const pid_t pid = ::fork();
-    if (pid < 0) {
-        ADD_FAILURE() << "fork: " << std::strerror(errno);
-        for (int fd : {reports[0], reports[1], hold[0], hold[1]}) ::close(fd);
-        return log;
-    }
-    if (pid == 0) {
-        ::close(reports[0]);
-        ::close(hold[1]);
-        runChild(child, reports[1], hold[0]);
-    }
-    ::close(reports[1]);
-    ::close(hold[0]);
-
-    bool killed = false;
-    bool stalled = false;
-    auto killNow = [&] {
-        if (!killed) ::kill(pid, SIGKILL);
-        killed = true;
+    killtest::KillWhen when;
+    when.ready = [&] {
+        return kill.atHold ? log.holding : static_cast<int>(log.done.size()) >= kill.commitsBeforeKill;
     };
-    if (!kill.atHold && kill.commitsBeforeKill == 0) {
-        std::this_thread::sleep_for(std::chrono::microseconds(kill.delayMicros));
-        killNow();
-    }
-    // A writer that stops reporting is stuck; the deadline keeps the round bounded.
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    std::vector<unsigned char> pending;
-    unsigned char buffer[4096];
-    for (;;) {
-        const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-            deadline - std::chrono::steady_clock::now());
-        pollfd pfd = {reports[0], POLLIN, 0};
-        const int ready = ::poll(&pfd, 1, killed ? 5000 : std::max<int>(0, left.count()));
-        if (ready < 0 && errno == EINTR) continue;
-        if (ready <= 0) {
-            if (killed) break;
-            stalled = true;
-            killNow();
-            continue;
-        }
-        const ssize_t n = ::read(reports[0], buffer, sizeof buffer);
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) break;  // every write end is closed: the writer is gone
-        pending.insert(pending.end(), buffer, buffer + n);
-        std::size_t at = 0;
-        for (; pending.size() - at >= sizeof(Frame); at += sizeof(Frame)) {
-            Frame f;
-            std::memcpy(&f, pending.data() + at, sizeof f);
-            log.take(f);
-        }
-        pending.erase(pending.begin(), pending.begin() + at);
-        if (killed) continue;
-        if (kill.atHold ? log.holding
-                        : static_cast<int>(log.done.size()) >= kill.commitsBeforeKill) {
-            if (!kill.atHold) {
-                std::this_thread::sleep_for(std::chrono::microseconds(kill.delayMicros));
-            }
-            killNow();
-        }
-    }
-    log.partialBytes = pending.size();
-    ::close(reports[0]);
-    ::close(hold[1]);
-    int status = 0;
-    while (::waitpid(pid, &status, 0) < 0 && errno == EINTR) {
-    }
-
-    EXPECT_FALSE(stalled) << "the writer made no progress for 10 s";
+    when.delayMicros = kill.atHold ? 0 : kill.delayMicros;
+    const killtest::Outcome outcome = killtest::runUntilKilled(
+        [&](int reportFd, int holdFd) { runChild(child, reportFd, holdFd); },
+        [&](const killtest::Frame& f) { log.take(f); }, when);
+    log.partialBytes = outcome.partialBytes;
     EXPECT_EQ("", log.protocolError);
-    if (WIFSIGNALED(status)) {
-        EXPECT_EQ(SIGKILL, WTERMSIG(status)) << "the writer died of another signal";
-    } else {
-        ADD_FAILURE() << "the writer exited with " << WEXITSTATUS(status)
-                      << " before it was killed; engine error " << log.failedRc << " ("
-                      << isam::errorText(static_cast<int>(log.failedRc)) << ") at step "
-                      << log.failedStep;
-    }
+    EXPECT_EQ("", outcome.error) << "engine error " << log.failedRc << " ("
+                                 << isam::errorText(static_cast<int>(log.failedRc)) << ") at step "
+                                 << log.failedStep;
     return log;
 }
 
