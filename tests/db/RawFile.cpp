@@ -50,18 +50,15 @@ std::string fileSnapshot(const std::string& path) {
     return out;
 }
 
-std::string storedRecord(const std::string& path, const std::string& table, std::int64_t position) {
+std::string readBlob(const std::string& path, const std::string& select) {
     sqlite3* db = nullptr;
     std::string bytes;
     if (sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK) {
         sqlite3_stmt* st = nullptr;
-        const std::string sql = "SELECT rec FROM \"" + table + "\" WHERE rowid = ?1";
-        if (sqlite3_prepare_v2(db, sql.c_str(), -1, &st, nullptr) == SQLITE_OK) {
-            sqlite3_bind_int64(st, 1, position);
-            if (sqlite3_step(st) == SQLITE_ROW) {
-                bytes.assign(static_cast<const char*>(sqlite3_column_blob(st, 0)),
-                             static_cast<std::size_t>(sqlite3_column_bytes(st, 0)));
-            }
+        if (sqlite3_prepare_v2(db, select.c_str(), -1, &st, nullptr) == SQLITE_OK &&
+            sqlite3_step(st) == SQLITE_ROW && sqlite3_column_blob(st, 0)) {
+            bytes.assign(static_cast<const char*>(sqlite3_column_blob(st, 0)),
+                         static_cast<std::size_t>(sqlite3_column_bytes(st, 0)));
         }
         sqlite3_finalize(st);
     }
@@ -69,22 +66,29 @@ std::string storedRecord(const std::string& path, const std::string& table, std:
     return bytes;
 }
 
-bool forgeRecord(const std::string& path, const std::string& table, std::int64_t position,
-                 const std::string& bytes) {
+bool writeBlob(const std::string& path, const std::string& update, const std::string& bytes) {
     sqlite3* db = nullptr;
     bool changed = false;
     if (sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READWRITE, nullptr) == SQLITE_OK) {
         sqlite3_stmt* st = nullptr;
-        const std::string sql = "UPDATE \"" + table + "\" SET rec = ?1 WHERE rowid = ?2";
-        if (sqlite3_prepare_v2(db, sql.c_str(), -1, &st, nullptr) == SQLITE_OK) {
+        if (sqlite3_prepare_v2(db, update.c_str(), -1, &st, nullptr) == SQLITE_OK) {
             sqlite3_bind_blob(st, 1, bytes.data(), static_cast<int>(bytes.size()), SQLITE_TRANSIENT);
-            sqlite3_bind_int64(st, 2, position);
             changed = sqlite3_step(st) == SQLITE_DONE && sqlite3_changes(db) == 1;
         }
         sqlite3_finalize(st);
     }
     sqlite3_close(db);
     return changed;
+}
+
+std::string storedRecord(const std::string& path, const std::string& table, std::int64_t position) {
+    return readBlob(path, "SELECT rec FROM \"" + table + "\" WHERE rowid = " + std::to_string(position));
+}
+
+bool forgeRecord(const std::string& path, const std::string& table, std::int64_t position,
+                 const std::string& bytes) {
+    return writeBlob(path, "UPDATE \"" + table + "\" SET rec = ?1 WHERE rowid = " + std::to_string(position),
+                     bytes);
 }
 
 }  // namespace dbtest

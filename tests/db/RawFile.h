@@ -11,6 +11,11 @@ namespace dbtest {
 // when nothing stored changed.
 std::string fileSnapshot(const std::string& path);
 
+// The blob the query's first row has in its first column ("" when none).
+std::string readBlob(const std::string& path, const std::string& select);
+// Runs an update whose ?1 is `bytes`; whether it changed exactly one row.
+bool writeBlob(const std::string& path, const std::string& update, const std::string& bytes);
+
 // The stored bytes of one record of a member table ("" when there is none).
 std::string storedRecord(const std::string& path, const std::string& table, std::int64_t position);
 

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "isam/RecordSeal.h"
+#include "tests/db/RawFile.h"
 #include "tests/isam/TestSupport.h"
 
 namespace isamtest {
@@ -17,39 +18,8 @@ using namespace isam;
 
 // ---- The closed container through plain SQLite ------------------------------------
 
-std::string rawRead(const std::string& path, const std::string& select) {
-    sqlite3* db = nullptr;
-    std::string value;
-    if (sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READONLY, nullptr) == SQLITE_OK) {
-        sqlite3_stmt* st = nullptr;
-        if (sqlite3_prepare_v2(db, select.c_str(), -1, &st, nullptr) == SQLITE_OK &&
-            sqlite3_step(st) == SQLITE_ROW) {
-            const void* bytes = sqlite3_column_blob(st, 0);
-            if (bytes) {
-                value.assign(static_cast<const char*>(bytes),
-                             std::size_t(sqlite3_column_bytes(st, 0)));
-            }
-        }
-        sqlite3_finalize(st);
-    }
-    sqlite3_close(db);
-    return value;
-}
-
-bool rawWrite(const std::string& path, const std::string& update, const std::string& bytes) {
-    sqlite3* db = nullptr;
-    bool changed = false;
-    if (sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READWRITE, nullptr) == SQLITE_OK) {
-        sqlite3_stmt* st = nullptr;
-        if (sqlite3_prepare_v2(db, update.c_str(), -1, &st, nullptr) == SQLITE_OK) {
-            sqlite3_bind_blob(st, 1, bytes.data(), int(bytes.size()), SQLITE_TRANSIENT);
-            changed = sqlite3_step(st) == SQLITE_DONE && sqlite3_changes(db) == 1;
-        }
-        sqlite3_finalize(st);
-    }
-    sqlite3_close(db);
-    return changed;
-}
+using dbtest::readBlob;
+using dbtest::writeBlob;
 
 // ---- Kinds of damage ------------------------------------------------------------------
 
@@ -180,12 +150,12 @@ protected:
         const std::string update = "UPDATE \"" + table + "\" SET " + column + " = ?1 WHERE ";
         std::vector<std::string> stored;
         for (const std::string& row : rows) {
-            stored.push_back(rawRead(path_, select + row));
+            stored.push_back(readBlob(path_, select + row));
             ASSERT_FALSE(stored.back().empty());
         }
         change(&stored);
         for (std::size_t i = 0; i < rows.size(); ++i) {
-            ASSERT_TRUE(rawWrite(path_, update + rows[i], stored[i]));
+            ASSERT_TRUE(writeBlob(path_, update + rows[i], stored[i]));
         }
         ASSERT_EQ(ISAM_OK, openContainer(path_.c_str(), 582, nullptr));
         ASSERT_EQ(ISAM_OK, openFile(sampleDefinition(), &data_));
@@ -291,7 +261,7 @@ TEST_F(SealFixture, FirstFormatContainersKeepTheirLayout) {
     const Outcome back = readInto(data_, added);
     ASSERT_EQ(ISAM_OK, back.rc);
     ASSERT_EQ(ISAM_OK, closeContainer());
-    const std::string stored = rawRead(path_, "SELECT rec FROM \"Sample\" WHERE rowid = " + std::to_string(added));
+    const std::string stored = readBlob(path_, "SELECT rec FROM \"Sample\" WHERE rowid = " + std::to_string(added));
     EXPECT_EQ(std::string(back.buffer.begin(), back.buffer.begin() + back.length), stored);
     ASSERT_EQ(ISAM_OK, openContainer(path_.c_str(), 582, nullptr));
 }
