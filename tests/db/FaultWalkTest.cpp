@@ -22,8 +22,11 @@
 #include "isam/FaultInjection.h"
 #include "isam/IsamErrors.h"
 #include "tests/db/DbTestSupport.h"
+#include "tests/db/RawFile.h"
 
 namespace {
+
+using dbtest::integrityOf;
 
 using isam::fault::Counts;
 using isam::fault::Failure;
@@ -152,25 +155,6 @@ void restore(const std::string& path, const std::string& bytes) {
     std::remove((path + "-shm").c_str());
     std::ofstream out(path, std::ios::binary | std::ios::trunc);
     out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-}
-
-// The whole-file check, through a connection of its own.
-std::string integrityOf(const std::string& path) {
-    sqlite3* db = nullptr;
-    std::string verdict = "cannot open";
-    if (sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READWRITE, nullptr) == SQLITE_OK) {
-        verdict.clear();
-        sqlite3_exec(db, "PRAGMA locking_mode=EXCLUSIVE", nullptr, nullptr, nullptr);
-        sqlite3_stmt* st = nullptr;
-        sqlite3_prepare_v2(db, "PRAGMA integrity_check", -1, &st, nullptr);
-        while (st && sqlite3_step(st) == SQLITE_ROW) {
-            verdict += reinterpret_cast<const char*>(sqlite3_column_text(st, 0));
-        }
-        if (!st) verdict = sqlite3_errmsg(db);
-        sqlite3_finalize(st);
-    }
-    sqlite3_close_v2(db);
-    return verdict;
 }
 
 // ---- The operations walked --------------------------------------------------------------------

@@ -17,9 +17,12 @@
 
 #include "isam/Container.h"
 #include "tests/db/DbTestSupport.h"
+#include "tests/db/RawFile.h"
 #include "tests/db/KillChild.h"
 
 namespace {
+
+using dbtest::integrityOf;
 
 using Key = std::uint32_t;
 
@@ -416,30 +419,6 @@ std::vector<std::string> countMismatches(CDbProject& db, const Found& found) {
         }
     }
     return wrong;
-}
-
-// SQLite's whole-file check through a connection of its own; "ok" when sound.
-std::string integrityOf(const std::string& path) {
-    sqlite3* db = nullptr;
-    std::string result;
-    if (sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK) {
-        result = std::string("cannot open: ") + sqlite3_errmsg(db);
-    } else {
-        auto collect = [](void* out, int columns, char** values, char**) {
-            auto* text = static_cast<std::string*>(out);
-            for (int i = 0; i < columns; ++i) {
-                *text += (text->empty() ? "" : "; ") + std::string(values[i] ? values[i] : "");
-            }
-            return 0;
-        };
-        char* error = nullptr;
-        if (sqlite3_exec(db, "PRAGMA integrity_check", collect, &result, &error) != SQLITE_OK) {
-            result = std::string("check failed: ") + (error ? error : "");
-        }
-        sqlite3_free(error);
-    }
-    sqlite3_close(db);
-    return result;
 }
 
 // The file and its log as the kill left them, checked on a copy so the library

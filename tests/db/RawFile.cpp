@@ -91,4 +91,26 @@ bool forgeRecord(const std::string& path, const std::string& table, std::int64_t
                      bytes);
 }
 
+std::string integrityOf(const std::string& path) {
+    sqlite3* db = nullptr;
+    std::string verdict;
+    if (sqlite3_open_v2(path.c_str(), &db, SQLITE_OPEN_READWRITE, nullptr) != SQLITE_OK) {
+        verdict = std::string("cannot open: ") + sqlite3_errmsg(db);
+    } else {
+        // Exclusive, as the library opens its files: no shared-memory index is made.
+        sqlite3_exec(db, "PRAGMA locking_mode=EXCLUSIVE", nullptr, nullptr, nullptr);
+        sqlite3_stmt* st = nullptr;
+        if (sqlite3_prepare_v2(db, "PRAGMA integrity_check", -1, &st, nullptr) != SQLITE_OK) {
+            verdict = std::string("check failed: ") + sqlite3_errmsg(db);
+        }
+        while (st && sqlite3_step(st) == SQLITE_ROW) {
+            verdict += (verdict.empty() ? "" : "; ") +
+                       std::string(reinterpret_cast<const char*>(sqlite3_column_text(st, 0)));
+        }
+        sqlite3_finalize(st);
+    }
+    sqlite3_close_v2(db);
+    return verdict;
+}
+
 }  // namespace dbtest

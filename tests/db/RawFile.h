@@ -24,4 +24,7 @@ std::string storedRecord(const std::string& path, const std::string& table, std:
 bool forgeRecord(const std::string& path, const std::string& table, std::int64_t position,
                  const std::string& bytes);
 
+// SQLite's whole-file check through a connection of its own: "ok" when sound.
+std::string integrityOf(const std::string& path);
+
 }  // namespace dbtest
